@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+// Test helpers: bit-exact comparison, special values, a deterministic random
+// source and buffers with canary cells past the end.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vector.h"
+
+namespace qel::test {
+
+inline constexpr float kInf = std::numeric_limits<float>::infinity();
+inline constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+inline constexpr float kDenormMin = std::numeric_limits<float>::denorm_min();
+inline constexpr float kFloatMax = std::numeric_limits<float>::max();
+inline constexpr float kFloatMin = std::numeric_limits<float>::min();  // smallest normal
+
+inline uint32_t bits(float x) {
+  uint32_t u;
+  std::memcpy(&u, &x, sizeof u);
+  return u;
+}
+inline float from_bits(uint32_t u) {
+  float x;
+  std::memcpy(&x, &u, sizeof x);
+  return x;
+}
+
+// Same bits, except that any NaN matches any NaN: the machines disagree on the
+// NaN that inf - inf produces, and no contract names a payload.
+inline bool same_value(float a, float b) { return (a != a && b != b) || bits(a) == bits(b); }
+
+// "1.5 (0x3fc00000)": the value and its bits, so -0 and NaN payloads show.
+std::string describe(float x);
+
+::testing::AssertionResult SameFloat(const char* want_expr, const char* got_expr, float want,
+                                     float got);
+#define EXPECT_SAME_FLOAT(want, got) EXPECT_PRED_FORMAT2(::qel::test::SameFloat, want, got)
+
+// Special values worth mixing into any input: signed zeros, infinities, NaN,
+// denormals, the extremes of the normal range.
+const std::vector<float>& special_values();
+
+// Deterministic random source. Floats come from raw std::mt19937 words: the
+// engine is specified by the standard, its distributions are not, so the host
+// and the M33 see one stream.
+class Rng {
+ public:
+  explicit Rng(uint32_t seed) : engine_(seed) {}
+  uint32_t word() { return static_cast<uint32_t>(engine_()); }
+  // Uniform in [0, n) for n > 0.
+  int below(int n) { return static_cast<int>(word() % static_cast<uint32_t>(n)); }
+  // Uniform in [lo, hi).
+  float uniform(float lo, float hi);
+  // Mostly uniform in [-range, range); about one value in `one_in` is special.
+  float value(float range = 4.0f, int one_in = 8);
+  std::vector<float> values(int n, float range = 4.0f, int one_in = 8);
+  int16_t sample() { return static_cast<int16_t>(word() >> 16); }
+
+ private:
+  std::mt19937 engine_;
+};
+
+// n elements followed by canary cells that a kernel must never write.
+template <typename T>
+class Canary {
+ public:
+  static constexpr int kGuard = 8;
+  explicit Canary(int n, T fill = T{}) : n_(n), cells_(static_cast<size_t>(n + kGuard), fill) {
+    for (int i = 0; i < kGuard; ++i) cells_[static_cast<size_t>(n + i)] = guard(i);
+  }
+  Canary(const std::vector<T>& init) : Canary(static_cast<int>(init.size())) {
+    std::copy(init.begin(), init.end(), cells_.begin());
+  }
+  T* data() { return cells_.data(); }
+  const T* data() const { return cells_.data(); }
+  int size() const { return n_; }
+  T& operator[](int i) { return cells_[static_cast<size_t>(i)]; }
+  const T& operator[](int i) const { return cells_[static_cast<size_t>(i)]; }
+  // True while every canary still holds its pattern.
+  bool intact() const {
+    for (int i = 0; i < kGuard; ++i) {
+      const T g = guard(i);
+      if (std::memcmp(&cells_[static_cast<size_t>(n_ + i)], &g, sizeof(T)) != 0) return false;
+    }
+    return true;
+  }
+
+ private:
+  static T guard(int i) {
+    if constexpr (std::is_floating_point_v<T>) {
+      return from_bits(0x7fa5a500u + static_cast<uint32_t>(i));  // a signalling-NaN pattern
+    } else {
+      return static_cast<T>(0x5a5a + i);
+    }
+  }
+  int n_;
+  std::vector<T> cells_;
+};
+
+// Compares the first n values of two buffers (any NaN matches any NaN) and
+// checks that the canaries of `got` are untouched.
+void expect_same_values(const float* want, const float* got, int n, const char* what = "");
+void expect_same_values(const Canary<float>& want, const Canary<float>& got, const char* what = "");
+
+// Records over canary buffers; the record's dim is the buffer's size.
+inline qel_flt_vec flt_record(Canary<float>& b) { return {b.size(), b.data()}; }
+inline qel_cpx_vec cpx_record(Canary<float>& re, Canary<float>& im) {
+  return {re.size(), re.data(), im.data()};
+}
+
+}  // namespace qel::test
