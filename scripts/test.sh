@@ -11,5 +11,7 @@ for preset in host m33; do
   cmake --build --preset "$preset"
   echo "==== $preset: tests"
   ctest --preset "$preset"
+  echo "==== $preset: installed package used by C and C++ consumer projects"
+  ./scripts/consumer.sh "$preset"
 done
 echo "==== all suites passed (host and Cortex-M33)"
