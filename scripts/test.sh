@@ -1,6 +1,7 @@
 #!/bin/sh
-# Sets up the machine, then builds and runs every test: the host suite and the
-# same suite cross-built for the Cortex-M33 and run under QEMU.
+# Sets up the machine, then builds and runs every test: the host suite, the
+# same suite cross-built for the Cortex-M33 and run under QEMU, the installed
+# package from consumer projects, the host suite under sanitizers, and lint.
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/setup.sh
@@ -14,4 +15,12 @@ for preset in host m33; do
   echo "==== $preset: installed package used by C and C++ consumer projects"
   ./scripts/consumer.sh "$preset"
 done
-echo "==== all suites passed (host and Cortex-M33)"
+echo "==== host with AddressSanitizer and UndefinedBehaviorSanitizer"
+cmake --preset host-asan >/dev/null
+cmake --build --preset host-asan
+ctest --preset host-asan
+
+echo "==== format and static checks"
+./scripts/lint.sh
+
+echo "==== all suites passed (host, Cortex-M33, sanitizers, consumers, lint)"

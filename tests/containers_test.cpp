@@ -274,7 +274,9 @@ TEST(Copy, RangeKeepsIndicesAndIsInclusive) {
     qel_cpx_vec ca = cpx_record(src, im_src), cb = cpx_record(cre, im_dst);
     qel_cpx_vec_copy_subvec(&ca, c.start, c.end, &cb);
     expect_same_values(c.want.data(), cre.data(), 6);
-    for (int k = 0; k < 6; ++k) EXPECT_SAME_FLOAT(c.want[static_cast<size_t>(k)] == 0 ? 0.0f : -c.want[static_cast<size_t>(k)], im_dst[k]);
+    for (int k = 0; k < 6; ++k)
+      EXPECT_SAME_FLOAT(
+          c.want[static_cast<size_t>(k)] == 0 ? 0.0f : -c.want[static_cast<size_t>(k)], im_dst[k]);
   }
 }
 

@@ -33,7 +33,8 @@ TEST(PcmDiff, EveryConversionMatchesReference) {
     std::vector<int32_t> s24;
     for (int k = 0; k < n; ++k) {
       s16.push_back(rng.sample());
-      s24.push_back(static_cast<int32_t>(rng.word()) >> (rng.below(2) ? 8 : 6));  // some beyond 24 bits
+      s24.push_back(static_cast<int32_t>(rng.word()) >>
+                    (rng.below(2) ? 8 : 6));  // some beyond 24 bits
     }
     // Floats around full scale, with specials.
     const std::vector<float> f = rng.values(n, 1.2f, 6);

@@ -44,8 +44,8 @@ TEST(Pcm, FloatToInt16SaturatesThenTruncates) {
 
 TEST(Pcm, NormalizeIsExactAndCoversTheTail) {
   const std::vector<int16_t> in = {-32768, 32767, 1, -1, 0, 16384, -16384};
-  const std::vector<float> want = {-1.0f, 0.999969482421875f, 3.0517578125e-05f,
-                                   -3.0517578125e-05f, 0.0f, 0.5f, -0.5f};
+  const std::vector<float> want = {
+      -1.0f, 0.999969482421875f, 3.0517578125e-05f, -3.0517578125e-05f, 0.0f, 0.5f, -0.5f};
   for (int len : {0, 1, 2, 3, 4, 5, 7}) {
     SCOPED_TRACE(len);
     Canary<float> out(len);

@@ -14,7 +14,8 @@ void BM_Denormalize(benchmark::State& s) {
   const int n = static_cast<int>(s.range(0));
   std::vector<float> in(static_cast<size_t>(n));
   std::vector<int16_t> out(static_cast<size_t>(n));
-  for (int k = 0; k < n; ++k) in[static_cast<size_t>(k)] = static_cast<float>(k % 200 - 100) * 0.011f;
+  for (int k = 0; k < n; ++k)
+    in[static_cast<size_t>(k)] = static_cast<float>(k % 200 - 100) * 0.011f;
   for (auto _ : s) {
     Fn(in.data(), out.data(), n);
     benchmark::ClobberMemory();

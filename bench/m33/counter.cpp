@@ -16,8 +16,8 @@ constexpr uint32_t kMask = 0x00FFFFFFu;  // 24-bit down-counter
 void restart() {
   systick().ctrl = 0;
   systick().load = kMask;
-  systick().val = 0;     // any write clears the counter: it reloads on the next tick
-  systick().ctrl = 5u;   // enable, processor clock, no interrupt
+  systick().val = 0;    // any write clears the counter: it reloads on the next tick
+  systick().ctrl = 5u;  // enable, processor clock, no interrupt
 }
 
 uint32_t elapsed(uint32_t start) { return (start - systick().val) & kMask; }
@@ -78,8 +78,7 @@ double count_call(void (*fn)(void*), void* ctx, int reps) {
   return (static_cast<double>(t) - static_cast<double>(t0)) * instructions_per_tick() / reps;
 }
 
-void report(const char* kernel, const char* size, double per_call, double units,
-            const char* unit) {
+void report(const char* kernel, const char* size, double per_call, double units, const char* unit) {
   std::printf("| %-36s | %-24s | %10.0f | %6.2f per %s |\n", kernel, size, per_call,
               per_call / units, unit);
 }

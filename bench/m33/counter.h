@@ -30,8 +30,7 @@ double count(F&& f, int reps = 64) {
 }
 
 // One line of the report: kernel, size, instructions per call, per unit.
-void report(const char* kernel, const char* size, double per_call, double units,
-            const char* unit);
+void report(const char* kernel, const char* size, double per_call, double units, const char* unit);
 
 // A family's measurements; each bench/m33/<family>_count.cpp registers one.
 struct Family {
@@ -40,7 +39,7 @@ struct Family {
 
 }  // namespace qel::bench
 
-#define QEL_M33_BENCH(name)                                      \
-  static void qel_bench_##name();                                \
+#define QEL_M33_BENCH(name)                                               \
+  static void qel_bench_##name();                                         \
   static ::qel::bench::Family qel_family_##name(#name, qel_bench_##name); \
   static void qel_bench_##name()

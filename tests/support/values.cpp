@@ -20,11 +20,10 @@ std::string describe(float x) {
 }
 
 const std::vector<float>& special_values() {
-  static const std::vector<float> v = {0.0f,       -0.0f,      kInf,       -kInf,
-                                       kNaN,       -kNaN,      kDenormMin, -kDenormMin,
-                                       1e-40f,     -3e-39f,    kFloatMin,  -kFloatMin,
-                                       kFloatMax,  -kFloatMax, 1.0f,       -1.0f,
-                                       1e20f,      -3e19f,     1.0e-20f,   65504.0f};
+  static const std::vector<float> v = {0.0f,      -0.0f,      kInf,        -kInf,      kNaN,
+                                       -kNaN,     kDenormMin, -kDenormMin, 1e-40f,     -3e-39f,
+                                       kFloatMin, -kFloatMin, kFloatMax,   -kFloatMax, 1.0f,
+                                       -1.0f,     1e20f,      -3e19f,      1.0e-20f,   65504.0f};
   return v;
 }
 

@@ -6,8 +6,12 @@
 
 namespace {
 
-// Array sizes are computed in 32-bit arithmetic, as the allocator contract says.
-size_t array_bytes(int len) { return static_cast<size_t>(static_cast<uint32_t>(len) * 4u); }
+// Array sizes are computed in 32-bit arithmetic, as the allocator contract says,
+// then widened for the allocator's size_t.
+size_t array_bytes(int len) {
+  const uint32_t bytes = static_cast<uint32_t>(len) * 4u;
+  return bytes;
+}
 
 qel_float* new_array(int len) { return static_cast<qel_float*>(quelta_calloc(array_bytes(len))); }
 

@@ -123,7 +123,8 @@ void qel_fl_max(const qel_float* A, qel_float* B, qel_float c, int len);
 void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B, qel_float min);
 /* C[i] = alpha - A[i] (stored), then lowered to B[i] if strictly greater;
    count A->dim; B sharing C's data gives no limit; C may be A. */
-void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha, qel_flt_vec* C);
+void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
+                              qel_flt_vec* C);
 
 /* ---- Minimum, maximum and clipping ---- */
 
@@ -160,7 +161,8 @@ void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B);
 /* ---- Element-wise division ---- */
 
 /* C = A / (alpha + B); zero d -> A/1e-8 in groups of 4, A*1e8 in the tail; count A->dim. */
-void qel_flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha, qel_flt_vec* C);
+void qel_flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
+                           qel_flt_vec* C);
 /* C = A / B; zero B -> A/1e-8 in groups of 4, A*1e8 in the tail; count A->dim. */
 void qel_flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C);
 /* C = A / B (real denominator for both parts), guarded as above; count A->dim. */
@@ -181,7 +183,8 @@ qel_float qel_cpx_vec_power_sum(const qel_cpx_vec* A);
 /* Same as qel_cpx_vec_power_sum over elements start..start+num-1, groups from start. */
 qel_float qel_cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num);
 /* re + i*im = sum of A[k]*B[k] (no conjugate), kept running in the outputs; count A->dim. */
-void qel_cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_float* re, qel_float* im);
+void qel_cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_float* re,
+                               qel_float* im);
 /* A[j] = qel_powf(A[j], alpha * B[j]), a NaN result stored as +0; count A->dim; B may be A. */
 void qel_flt_vec_powf(qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha);
 

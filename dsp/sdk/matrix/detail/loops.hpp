@@ -13,8 +13,8 @@ template <int G, typename Op>
 [[gnu::always_inline]] inline void for_each_grouped(int n, Op op) {
   int i = 0;
   for (; i + G <= n; i += G) {
-    [&]<int... k>(std::integer_sequence<int, k...>) { (op(i + k), ...); }(
-        std::make_integer_sequence<int, G>{});
+    [&]<int... k>(std::integer_sequence<int, k...>) { (op(i + k), ...); }
+    (std::make_integer_sequence<int, G>{});
   }
   for (; i < n; ++i) op(i);
 }

@@ -36,7 +36,9 @@ __attribute__((section(".vectors"), used)) const vector_fn qel_vectors[16] = {
     Fault_Handler, /* BusFault */
     Fault_Handler, /* UsageFault */
     Fault_Handler, /* SecureFault */
-    0, 0, 0,
+    0,
+    0,
+    0,
     Fault_Handler, /* SVCall */
     Fault_Handler, /* DebugMonitor */
     0,
