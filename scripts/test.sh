@@ -20,6 +20,9 @@ cmake --preset host-asan >/dev/null
 cmake --build --preset host-asan
 ctest --preset host-asan
 
+echo "==== short randomized soak (fresh seed; longer runs: scripts/soak.sh <seconds> [seed])"
+./scripts/soak.sh 2
+
 echo "==== format and static checks"
 ./scripts/lint.sh
 

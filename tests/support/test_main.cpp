@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/fake_platform.h"
+#include "support/soak.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ class AllocationGuard : public ::testing::EmptyTestEventListener {
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
+  qel::test::parse_soak_flags(&argc, argv);
   ::testing::UnitTest::GetInstance()->listeners().Append(new AllocationGuard);
   return RUN_ALL_TESTS();
 }
