@@ -20,6 +20,11 @@ cmake --preset host-asan >/dev/null
 cmake --build --preset host-asan
 ctest --preset host-asan
 
+echo "==== host with every caller promise checked (QEL_CHECKED), incl. death tests"
+cmake --preset host-checked >/dev/null
+cmake --build --preset host-checked
+ctest --preset host-checked
+
 echo "==== short randomized soak (fresh seed; longer runs: scripts/soak.sh <seconds> [seed])"
 ./scripts/soak.sh 2
 

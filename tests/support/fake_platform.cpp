@@ -20,6 +20,7 @@ struct Records {
   std::vector<Print> prints;
   std::function<float(float, float)> pow;
   bool allocation_allowed = false;
+  bool echo = false;
 };
 
 Records& records() {
@@ -37,6 +38,7 @@ const std::vector<float>& sqrt_calls() { return records().sqrt_calls; }
 const std::vector<PowCall>& pow_calls() { return records().pow_calls; }
 const std::vector<Print>& prints() { return records().prints; }
 void set_pow(std::function<float(float, float)> fn) { records().pow = std::move(fn); }
+void echo_console_to_stderr() { records().echo = true; }
 void allow_allocation() { records().allocation_allowed = true; }
 bool allocation_allowed() { return records().allocation_allowed; }
 
@@ -84,6 +86,7 @@ int bk_printf(const char* fmt, ...) {
   const int n = std::vsnprintf(buf, sizeof buf, fmt, args);
   va_end(args);
   records().prints.push_back({fmt, buf});
+  if (records().echo) std::fputs(buf, stderr);
   return n;
 }
 

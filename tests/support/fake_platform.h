@@ -38,6 +38,10 @@ std::string console();  // all printed text, concatenated
 // Replaces what qel_powf returns (default: std::pow) until the next reset.
 void set_pow(std::function<float(float, float)> fn);
 
+// Also writes every printed text to stderr (for death tests, which see only
+// the dying process's stderr).
+void echo_console_to_stderr();
+
 // A test that creates vectors says so; any other test that allocates fails.
 void allow_allocation();
 bool allocation_allowed();

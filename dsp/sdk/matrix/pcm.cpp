@@ -6,6 +6,7 @@
 // fixed-point VCVT does scaling, saturation (16-bit), truncation and NaN-to-0 in
 // one instruction; elsewhere the portable code below spells the same rule out.
 #include "../utils/utils.h"
+#include "detail/contract.hpp"
 #include "detail/loops.hpp"
 #include "vector.h"
 
@@ -82,6 +83,12 @@ extern "C" {
 // Groups of four: a group's samples are all read before any of its floats is
 // written. That is what lets the samples sit in the upper half of `out`.
 void qel_vec_normalize(const int16* in, qel_float* out, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (in != nullptr && out != nullptr), "in and out are not null");
+  QEL_EXPECT(qel::detail::disjoint(in, sizeof(int16) * static_cast<size_t>(len), out,
+                                   qel::detail::float_bytes(len)) ||
+                 reinterpret_cast<const char*>(in) >= reinterpret_cast<const char*>(out) + 2 * len,
+             "in does not overlap out, or lies in its upper half");
   int k = 0;
   for (; k + 4 <= len; k += 4) {
     const int16 s0 = in[k], s1 = in[k + 1], s2 = in[k + 2], s3 = in[k + 3];
@@ -97,14 +104,29 @@ void qel_vec_normalize(const int16* in, qel_float* out, int len) {
 // in. The stores may alias the input, which keeps the compiler from moving a
 // later read above an earlier write even inside an unrolled group.
 void qel_vec_denormalize(const qel_float* in, int16* out, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (in != nullptr && out != nullptr), "in and out are not null");
+  QEL_EXPECT(qel::detail::same_or_disjoint(in, qel::detail::float_bytes(len), out,
+                                           sizeof(int16) * static_cast<size_t>(len)),
+             "out is in itself or does not overlap it");
   qel::detail::for_each_grouped<4>(len, [&](int k) { store(out + k, to_q15(in[k])); });
 }
 
 void qel_vec_normalize24(const int32* in, qel_float* out, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (in != nullptr && out != nullptr), "in and out are not null");
+  QEL_EXPECT(qel::detail::same_or_disjoint(in, sizeof(int32) * static_cast<size_t>(len), out,
+                                           qel::detail::float_bytes(len)),
+             "out is in itself or does not overlap it");
   qel::detail::for_each_grouped<4>(len, [&](int k) { store(out + k, from_q23(in[k])); });
 }
 
 void qel_vec_denormalize24(const qel_float* in, int32* out, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (in != nullptr && out != nullptr), "in and out are not null");
+  QEL_EXPECT(qel::detail::same_or_disjoint(in, qel::detail::float_bytes(len), out,
+                                           sizeof(int32) * static_cast<size_t>(len)),
+             "out is in itself or does not overlap it");
   qel::detail::for_each_grouped<4>(len, [&](int k) { store(out + k, to_q23(in[k])); });
 }
 
