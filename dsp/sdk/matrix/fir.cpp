@@ -16,7 +16,7 @@ void qel_flt_fir(const float* pSrc, float* pDst, float* pState, const float* pCo
                  int blockSize) {
   qel::detail::append(pSrc, pState + numTaps - 1, blockSize);
   qel::detail::fir_outputs<8, 1>(pState, pCoeffs, numTaps, blockSize, UnitStride{},
-                                 [&](int n, float y) { pDst[n] = y; });
+                                 [&](int n, float y) QEL_INLINE { pDst[n] = y; });
   qel::detail::move_history(pState, blockSize, numTaps);
 }
 

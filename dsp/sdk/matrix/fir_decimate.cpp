@@ -44,7 +44,7 @@ void decimate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int n
   const int outBlockSize = blockSize / M;
   const int appended = M * outBlockSize;
   append(pSrc, pState + numTaps - 1, appended);
-  auto store = [&](int n, float y) { store_output(pDst + n, y); };
+  auto store = [&](int n, float y) QEL_INLINE { store_output(pDst + n, y); };
   switch (M) {
     case 1:
       fir_outputs<8, 1>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);

@@ -47,16 +47,37 @@ bool zeros_skippable(const float* pState, const float* pCoeffs, int numTaps, int
 // lie L apart in the state, from index p + k0 on. So phase p is a filter with
 // taps pCoeffs[k0], pCoeffs[k0+L], ... over the samples alone, at stride L, and
 // each output still takes its non-zero products in ascending k.
-template <typename T>
-void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, int L,
+template <typename T, typename S>
+void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, S L,
                         int blockSize, T* pDst) {
   int k0 = (numTaps - 1) % L;
   for (int p = 0; p < L; ++p) {
     const int taps = (k0 < numTaps) ? (numTaps - k0 + L - 1) / L : 0;
     qel::detail::fir_outputs<8, 1>(
         pState + p + k0, pCoeffs + k0, taps, blockSize, L,
-        [&](int i, float y) { qel::detail::store_output(pDst + L * i + p, y); });
+        [&](int i, float y) QEL_INLINE { qel::detail::store_output(pDst + L * i + p, y); });
     k0 = (k0 == 0) ? L - 1 : k0 - 1;
+  }
+}
+
+// The common factors get a compile-time stride, so the loads of the window
+// ring take immediate offsets instead of an address computation each.
+template <typename T>
+void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, int L,
+                        int blockSize, T* pDst) {
+  switch (L) {
+    case 2:
+      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 2>{}, blockSize, pDst);
+      break;
+    case 3:
+      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 3>{}, blockSize, pDst);
+      break;
+    case 4:
+      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 4>{}, blockSize, pDst);
+      break;
+    default:
+      interpolate_phases<T, int>(pState, pCoeffs, numTaps, L, blockSize, pDst);
+      break;
   }
 }
 
@@ -75,7 +96,7 @@ void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, in
     interpolate_phases(pState, pCoeffs, numTaps, L, blockSize, pDst);
   } else {
     fir_outputs<8, 1>(pState, pCoeffs, numTaps, count, UnitStride{},
-                      [&](int m, float y) { store_output(pDst + m, y); });
+                      [&](int m, float y) QEL_INLINE { store_output(pDst + m, y); });
   }
   move_history(pState, count, numTaps);
 }

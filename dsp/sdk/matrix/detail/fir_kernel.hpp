@@ -13,6 +13,10 @@
 
 #include "utils.h"
 
+// Lambdas of the unrolled loops must be inlined like the functions around
+// them, or the window ring would go through memory.
+#define QEL_INLINE __attribute__((always_inline))
+
 namespace qel::detail {
 
 // A stride known at compile time (1) or at run time (an int): loads at
@@ -22,14 +26,14 @@ using UnitStride = std::integral_constant<int, 1>;
 // Calls f.operator()<i>() for i = 0..N-1 in order, unrolled.
 template <int N, typename F>
 [[gnu::always_inline]] inline void unroll(F&& f) {
-  [&]<int... i>(std::integer_sequence<int, i...>) { (f.template operator()<i>(), ...); }(
+  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>(), ...); }(
       std::make_integer_sequence<int, N>{});
 }
 
 // As unroll, stopping at the first call that returns false.
 template <int N, typename F>
 [[gnu::always_inline]] inline void unroll_while(F&& f) {
-  [&]<int... i>(std::integer_sequence<int, i...>) { (f.template operator()<i>() && ...); }(
+  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>() && ...); }(
       std::make_integer_sequence<int, N>{});
 }
 
@@ -55,23 +59,23 @@ template <int G, int D, typename S>
                                              float (&y)[G]) {
   constexpr int R = D * (G - 1) + 1;
   float x[R];
-  unroll<R - 1>([&]<int t>() { x[t] = w[t * s]; });
-  unroll<G>([&]<int g>() { y[g] = 0.0f; });
-  auto tap = [&]<int j>(const float* wk, const float* ck) {
+  unroll<R - 1>([&]<int t>() QEL_INLINE { x[t] = w[t * s]; });
+  unroll<G>([&]<int g>() QEL_INLINE { y[g] = 0.0f; });
+  auto tap = [&]<int j>(const float* wk, const float* ck) QEL_INLINE {
     x[(j + R - 1) % R] = wk[(j + R - 1) * s];
     const float cj = ck[j * s];
-    unroll<G>([&]<int g>() { y[g] = y[g] + cj * x[(j + g * D) % R]; });
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = y[g] + cj * x[(j + g * D) % R]; });
   };
   int k = 0;
   for (; k + R <= taps; k += R) {
     const float* wk = w + k * s;
     const float* ck = c + k * s;
-    unroll<R>([&]<int j>() { tap.template operator()<j>(wk, ck); });
+    unroll<R>([&]<int j>() QEL_INLINE { tap.template operator()<j>(wk, ck); });
   }
   const int rest = taps - k;
   const float* wk = w + k * s;
   const float* ck = c + k * s;
-  unroll_while<R - 1>([&]<int j>() {
+  unroll_while<R - 1>([&]<int j>() QEL_INLINE {
     if (j >= rest) return false;
     tap.template operator()<j>(wk, ck);
     return true;
@@ -87,7 +91,7 @@ template <int G, int D, typename S, typename Store>
   for (; n + G <= count; n += G) {
     float y[G];
     fir_group<G, D>(w + n * D * s, c, taps, s, y);
-    unroll<G>([&]<int g>() { store(n + g, y[g]); });
+    unroll<G>([&]<int g>() QEL_INLINE { store(n + g, y[g]); });
   }
   for (; n < count; ++n) store(n, fir_dot(w + n * D * s, c, taps, s));
 }
