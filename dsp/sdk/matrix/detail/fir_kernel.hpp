@@ -72,14 +72,10 @@ template <int G, int D, typename S>
     const float* ck = c + k * s;
     unroll<R>([&]<int j>() QEL_INLINE { tap.template operator()<j>(wk, ck); });
   }
-  const int rest = taps - k;
-  const float* wk = w + k * s;
-  const float* ck = c + k * s;
-  unroll_while<R - 1>([&]<int j>() QEL_INLINE {
-    if (j >= rest) return false;
-    tap.template operator()<j>(wk, ck);
-    return true;
-  });
+  for (; k < taps; ++k) {
+    const float ck = c[k * s];
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = y[g] + ck * w[(g * D + k) * s]; });
+  }
 }
 
 // count outputs, output n taking its window at w + n*D*s: groups of G, then
