@@ -30,13 +30,6 @@ template <int N, typename F>
       std::make_integer_sequence<int, N>{});
 }
 
-// As unroll, stopping at the first call that returns false.
-template <int N, typename F>
-[[gnu::always_inline]] inline void unroll_while(F&& f) {
-  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>() && ...); }(
-      std::make_integer_sequence<int, N>{});
-}
-
 // One output over taps ascending: the plain formula, used for the outputs
 // left over after the groups.
 template <typename S>
@@ -53,7 +46,8 @@ template <typename S>
 // registers: each tap loads one coefficient and one new sample (t = k+R-1,
 // into the slot of sample k-1, which no output needs any more) and feeds all
 // G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
-// register; the last taps < R run through the same body with an exit test.
+// register; the last taps mod R load their G samples directly, so the ring
+// need not outlive the loop.
 template <int G, int D, typename S>
 [[gnu::always_inline]] inline void fir_group(const float* w, const float* c, int taps, S s,
                                              float (&y)[G]) {
