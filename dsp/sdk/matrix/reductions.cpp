@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// Reductions of a real array or vector: sums, variance, absolute peak.
+#include "vector.h"
+
+extern "C" {
+
+// Sum of x[offset..offset+len-1]. Each group of 8 is summed left to right into
+// a subtotal that is then added to the one running sum; the len mod 8 leftovers
+// are added to it one by one. The grouping fixes the rounding: 2^24, seven
+// zeros, 1, 1, six zeros gives 2^24 + 2 where a plain sum gives 2^24.
+qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
+  const qel_float* p = x + offset;
+  qel_float sum = 0.0f;
+  int i = 0;
+  for (; i + 8 <= len; i += 8) {
+    const qel_float group =
+        ((((((p[i] + p[i + 1]) + p[i + 2]) + p[i + 3]) + p[i + 4]) + p[i + 5]) + p[i + 6]) +
+        p[i + 7];
+    sum = sum + group;
+  }
+  for (; i < len; ++i) sum = sum + p[i];
+  return sum;
+}
+
+// qel_fl_sum(A->data, 0, A->dim).
+qel_float qel_flt_vec_sum(const qel_flt_vec* A) { return qel_fl_sum(A->data, 0, A->dim); }
+
+// qel_fl_sum(A->data, start, num); start and num are not checked against dim.
+qel_float qel_flt_vec_sum_part(const qel_flt_vec* A, int start, int num) {
+  return qel_fl_sum(A->data, start, num);
+}
+
+// Two passes: avg = (plain left-to-right sum) / n, then
+// sum of (x - avg)^2 in order, divided by n - 1. n = 1 gives 0 at once;
+// n = 0 gives 0 / -1 = -0 (the second pass never touches the mean).
+qel_float qel_flt_vec_var(const qel_flt_vec* A) {
+  const int n = A->dim;
+  const qel_float* x = A->data;
+  if (n == 1) return 0.0f;
+  qel_float s = 0.0f;
+  for (int k = 0; k < n; ++k) s = s + x[k];
+  const qel_float avg = s / static_cast<qel_float>(n);
+  qel_float var = 0.0f;
+  for (int k = 0; k < n; ++k) {
+    const qel_float diff = x[k] - avg;
+    var = var + diff * diff;
+  }
+  return var / static_cast<qel_float>(n - 1);
+}
+
+// Largest |x[i]|, starting from +0: t = (x > 0) ? x : -x, taken when strictly
+// above the peak so far, so NaNs are passed over and -0 never shows.
+qel_float qel_fl_abs_max(const qel_float* x, int len) {
+  qel_float peak = 0.0f;
+  for (int i = 0; i < len; ++i) {
+    const qel_float v = x[i];
+    const qel_float t = (v > 0.0f) ? v : -v;
+    peak = (peak < t) ? t : peak;
+  }
+  return peak;
+}
+
+}  // extern "C"
