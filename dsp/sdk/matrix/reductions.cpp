@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Reductions of a real array or vector: sums, variance, absolute peak.
+#include "detail/block_io.hpp"
 #include "vector.h"
+
+using qel::detail::Block;
+using qel::detail::load_block;
 
 extern "C" {
 
@@ -11,14 +15,15 @@ extern "C" {
 qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
   const qel_float* p = x + offset;
   qel_float sum = 0.0f;
-  int i = 0;
-  for (; i + 8 <= len; i += 8) {
+  for (int g = len / 8; g > 0; --g) {
+    Block<8> b;
+    load_block<8, 0>(p, b);
+    const qel_float* v = b.v;
     const qel_float group =
-        ((((((p[i] + p[i + 1]) + p[i + 2]) + p[i + 3]) + p[i + 4]) + p[i + 5]) + p[i + 6]) +
-        p[i + 7];
+        ((((((v[0] + v[1]) + v[2]) + v[3]) + v[4]) + v[5]) + v[6]) + v[7];
     sum = sum + group;
   }
-  for (; i < len; ++i) sum = sum + p[i];
+  for (int r = len % 8; r > 0; --r) sum = sum + *p++;
   return sum;
 }
 
@@ -50,11 +55,13 @@ qel_float qel_flt_vec_var(const qel_flt_vec* A) {
 
 // Largest |x[i]|, starting from +0: t = (x > 0) ? x : -x, taken when strictly
 // above the peak so far, so NaNs are passed over and -0 never shows.
+// t is formed as the sign-cleared x (one VABS): it differs from the rule's t
+// only for +0 (+0, not -0) and in a NaN's sign, and neither passes peak < t
+// since the peak never drops below +0.
 qel_float qel_fl_abs_max(const qel_float* x, int len) {
   qel_float peak = 0.0f;
   for (int i = 0; i < len; ++i) {
-    const qel_float v = x[i];
-    const qel_float t = (v > 0.0f) ? v : -v;
+    const qel_float t = __builtin_fabsf(x[i]);
     peak = (peak < t) ? t : peak;
   }
   return peak;
