@@ -106,11 +106,17 @@ QEL_BLOCK(4, 3, "s12", "s13", "s14", "s15");
   register qel_float r5 asm("s21");
   register qel_float r6 asm("s22");
   register qel_float r7 asm("s23");
+  // The pointers outlive the calls too: in callee-saved registers the
+  // allocator needs no copies around the asm.
+  register const qel_float* pp asm("r4") = p;
+  register const qel_float* qq asm("r5") = q;
   asm("vldmia %[p]!, " QEL_BLOCK_LIST_4 "\n\tvldmia %[q]!, {%[r4], %[r5], %[r6], %[r7]}"
-      : [p] "+r"(p), [q] "+r"(q), QEL_BLOCK_OUT_4, [r4] "=t"(r4), [r5] "=t"(r5), [r6] "=t"(r6),
+      : [p] "+r"(pp), [q] "+r"(qq), QEL_BLOCK_OUT_4, [r4] "=t"(r4), [r5] "=t"(r5), [r6] "=t"(r6),
         [r7] "=t"(r7)
       : "m"(*reinterpret_cast<const qel_float(*)[4]>(p)),
         "m"(*reinterpret_cast<const qel_float(*)[4]>(q)));
+  p = pp;
+  q = qq;
   return {{r0, r1, r2, r3}, {r4, r5, r6, r7}};
 }
 
