@@ -57,8 +57,8 @@ TEST(SpectraDiff, ProductsMatchReference) {
 
     {  // complex and conjugate products: count C->dim; in place on A and on B
       using Fn = void (*)(const qel_cpx_vec*, const qel_cpx_vec*, qel_cpx_vec*);
-      using Ref = void (*)(const float*, const float*, const float*, const float*, float*,
-                           float*, int);
+      using Ref =
+          void (*)(const float*, const float*, const float*, const float*, float*, float*, int);
       const struct {
         Fn fn;
         Ref ref;
@@ -203,8 +203,8 @@ TEST(SpectraDiff, DivisionsMatchReference) {
     }
     {  // part by part: C may be A or B
       Cpx want(ai, ar), got(ai, ar), a(ar, ai), b(br, bi), in_a(ar, ai), in_b(br, bi);
-      ref::cpx_division(ar.data(), ai.data(), br.data(), bi.data(), want.re.data(),
-                        want.im.data(), n);
+      ref::cpx_division(ar.data(), ai.data(), br.data(), bi.data(), want.re.data(), want.im.data(),
+                        n);
       qel_cpx_vec A = a.rec(n), B = b.rec(kForeignDim), C = got.rec(kForeignDim);
       qel_cpx_vec IA = in_a.rec(n), IB = in_b.rec(kForeignDim);
       qel_cpx_vec_dot_division(&A, &B, &C);

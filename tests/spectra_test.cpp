@@ -12,14 +12,14 @@
 namespace qel::test {
 namespace {
 
-constexpr float kEps = 1e-8f;  // the float nearest 1e-8
+constexpr float kEps = 1e-8f;      // the float nearest 1e-8
 constexpr float kTiny = 0x1p-12f;  // its square, 2^-24, is half an ulp of 1
 
 // ---- Products ----
 
 struct ProductCase {
   float ar, ai, br, bi;
-  float re, im;          // A * B
+  float re, im;            // A * B
   float conj_re, conj_im;  // A * conj(B)
   const char* why;
 };
@@ -123,8 +123,8 @@ TEST(Spectra, InPlaceProductsMatchSeparateOutputs) {
 
 TEST(Spectra, ConjugationFlipsOnlyTheSignBit) {
   const std::vector<float> re = {1.0f, 0.0f, -0.0f, kNaN, from_bits(0x7f800001u), kDenormMin};
-  const std::vector<float> im = {2.0f, 0.0f, -0.0f, from_bits(0x7fa00001u),
-                                 from_bits(0xffc12345u), -kInf};
+  const std::vector<float> im = {2.0f, 0.0f, -0.0f, from_bits(0x7fa00001u), from_bits(0xffc12345u),
+                                 -kInf};
   const int n = static_cast<int>(re.size());
   Canary<float> br(n), bi(n);
   std::vector<float> ar = re, ai = im;
@@ -316,7 +316,7 @@ TEST(Spectra, PowerSumPartGroupsFromStart) {
   // start 2, num 5: elements 2-5 form a group, element 6 comes alone; the NaNs
   // outside the range must not be read.
   std::vector<float> re = {kNaN, kNaN, 1, 2, 0, 1, 3, kNaN}, im = {kNaN, kNaN, 0, 0, 1, 1, 4, kNaN};
-  qel_cpx_vec A{1, re.data(), im.data()};  // dim not read
+  qel_cpx_vec A{1, re.data(), im.data()};                          // dim not read
   EXPECT_SAME_FLOAT(33.0f, qel_cpx_vec_power_sum_part(&A, 2, 5));  // 1+4+1+2 = 8, + 25
 
   // The 8-element example at an offset: groups count from start.

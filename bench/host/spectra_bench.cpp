@@ -101,8 +101,7 @@ void BM_ref_cpx_division_flt(benchmark::State& s) {
   const int n = static_cast<int>(s.range(0));
   Spectra d(n);
   for (auto _ : s) {
-    qel::ref::cpx_division_flt(d.ar.data(), d.ai.data(), d.br.data(), d.cr.data(), d.ci.data(),
-                               n);
+    qel::ref::cpx_division_flt(d.ar.data(), d.ai.data(), d.br.data(), d.cr.data(), d.ci.data(), n);
     benchmark::ClobberMemory();
   }
   s.SetItemsProcessed(s.iterations() * n);

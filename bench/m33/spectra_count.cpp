@@ -19,13 +19,19 @@ QEL_M33_BENCH(spectra) {
   qel_flt_vec D{n, br}, O{n, out};
   // qel_cpx_vec_abs counts its qel_sqrtf calls too (BL and the port's body:
   // 6 instructions on this port for a non-negative argument, VSQRT included).
-  report("qel_cpx_vec_dot_product_conj", "257", count([&] { qel_cpx_vec_dot_product_conj(&A, &B, &C); }), n, "bin");
-  report("qel_cpx_vec_dot_product_maddc_conj", "257", count([&] { qel_cpx_vec_dot_product_maddc_conj(&A, &B, &C); }), n, "bin");
-  report("qel_cpx_vec_dot_product", "257", count([&] { qel_cpx_vec_dot_product(&A, &B, &C); }), n, "bin");
+  report("qel_cpx_vec_dot_product_conj", "257",
+         count([&] { qel_cpx_vec_dot_product_conj(&A, &B, &C); }), n, "bin");
+  report("qel_cpx_vec_dot_product_maddc_conj", "257",
+         count([&] { qel_cpx_vec_dot_product_maddc_conj(&A, &B, &C); }), n, "bin");
+  report("qel_cpx_vec_dot_product", "257", count([&] { qel_cpx_vec_dot_product(&A, &B, &C); }), n,
+         "bin");
   report("qel_cpx_vec_power", "257", count([&] { qel_cpx_vec_power(&A, &O); }), n, "bin");
   report("qel_cpx_vec_abs (+sqrt call)", "257", count([&] { qel_cpx_vec_abs(&A, &O); }), n, "bin");
   report("qel_cpx_vec_power_sum", "257", count([&] { (void)qel_cpx_vec_power_sum(&A); }), n, "bin");
-  report("qel_cpx_vec_dot_division", "257", count([&] { qel_cpx_vec_dot_division(&A, &B, &C); }), n, "bin");
-  report("qel_cpx_vec_dot_division_flt", "257", count([&] { qel_cpx_vec_dot_division_flt(&A, &D, &C); }), n, "bin");
-  report("qel_flt_vec_dot_division", "257", count([&] { qel_flt_vec_dot_division(&O, &D, &O); }), n, "bin");
+  report("qel_cpx_vec_dot_division", "257", count([&] { qel_cpx_vec_dot_division(&A, &B, &C); }), n,
+         "bin");
+  report("qel_cpx_vec_dot_division_flt", "257",
+         count([&] { qel_cpx_vec_dot_division_flt(&A, &D, &C); }), n, "bin");
+  report("qel_flt_vec_dot_division", "257", count([&] { qel_flt_vec_dot_division(&O, &D, &O); }), n,
+         "bin");
 }

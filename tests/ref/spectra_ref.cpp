@@ -15,8 +15,8 @@ void cpx_product(const float* ar, const float* ai, const float* br, const float*
   }
 }
 
-void cpx_conj_product(const float* ar, const float* ai, const float* br, const float* bi,
-                      float* cr, float* ci, int n) {
+void cpx_conj_product(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
+                      float* ci, int n) {
   for (int k = 0; k < n; ++k) {
     const float xr = ar[k], xi = ai[k], yr = br[k], yi = bi[k];
     cr[k] = xr * yr + xi * yi;

@@ -9,8 +9,8 @@ namespace qel::ref {
 
 void cpx_product(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
                  float* ci, int n);
-void cpx_conj_product(const float* ar, const float* ai, const float* br, const float* bi,
-                      float* cr, float* ci, int n);
+void cpx_conj_product(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
+                      float* ci, int n);
 void cpx_maddc_conj(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
                     float* ci, int n);
 void real_product(const float* a, const float* b, float* c, int n);

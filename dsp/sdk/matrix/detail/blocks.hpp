@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <type_traits>
 #include <utility>
 
 #include "../../utils/os_support.h"
