@@ -282,9 +282,9 @@ void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
   for (int g = n / 4; g > 0; --g) {
-    auto [x, y] = qel::detail::load_saved_pair(re, im);
+    auto run = qel::detail::load_saved_pair(re, im);
     qel::detail::each_lane<4>(
-        [&](auto j) { *b++ = qel_sqrtf(cpx_power(std::get<j>(x), std::get<j>(y))); });
+        [&](auto j) { *b++ = qel_sqrtf(cpx_power(std::get<j>(run.p), std::get<j>(run.q))); });
   }
   for (int k = n % 4; k > 0; --k) *b++ = qel_sqrtf(cpx_power(*re++, *im++));
 }
