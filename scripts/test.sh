@@ -15,6 +15,11 @@ for preset in host m33; do
   echo "==== $preset: installed package used by C and C++ consumer projects"
   ./scripts/consumer.sh "$preset"
 done
+echo "==== m33 built for size (-Os): the general filter paths"
+cmake --preset m33-os >/dev/null
+cmake --build --preset m33-os
+ctest --preset m33-os
+
 echo "==== host with AddressSanitizer and UndefinedBehaviorSanitizer"
 cmake --preset host-asan >/dev/null
 cmake --build --preset host-asan
