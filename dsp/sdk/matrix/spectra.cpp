@@ -143,7 +143,7 @@ extern "C" {
 // C = A * B: re = ar*br - ai*bi, im = ai*br + ar*bi. Count C->dim; C may be
 // A or B (or both: squaring in place).
 void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  complex_products<2>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
+  complex_products<4>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
 }
 
 // C = A * conj(B): re = ar*br + ai*bi, im = ai*br - ar*bi (not conj(A)*B:
