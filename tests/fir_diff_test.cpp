@@ -65,8 +65,12 @@ void fill_history(Rng& rng, const Config& c, float* h) {
   for (int j = 0; j < c.taps - 1; ++j) {
     const bool sample_slot = (c.taps - 1 - j) % c.factor == 0;
     switch (c.history) {
-      case History::kZero: h[j] = 0.0f; break;
-      case History::kJunk: h[j] = rng.value(range); break;
+      case History::kZero:
+        h[j] = 0.0f;
+        break;
+      case History::kJunk:
+        h[j] = rng.value(range);
+        break;
       case History::kStuffed:
         h[j] = sample_slot ? rng.value(range) : (rng.below(2) ? 0.0f : -0.0f);
         break;
@@ -125,8 +129,8 @@ void expect_same(const Canary<T>& want, const Canary<T>& got, int n, const char*
 // the same history, comparing outputs and the whole state after every call.
 template <typename T>
 void run(Rng& rng, const Config& c) {
-  SCOPED_TRACE(testing::Message() << name(c.kind) << " taps " << c.taps << " factor "
-                                  << c.factor << (c.in_place ? " in place" : ""));
+  SCOPED_TRACE(testing::Message() << name(c.kind) << " taps " << c.taps << " factor " << c.factor
+                                  << (c.in_place ? " in place" : ""));
   const std::vector<float> coeffs = make_coeffs(rng, c);
   int state_size = c.taps - 1;
   for (int n : c.blocks) state_size = std::max(state_size, c.taps - 1 + appended(c, n));
@@ -157,9 +161,7 @@ void run(Rng& rng, const Config& c) {
   }
 }
 
-void run(Rng& rng, const Config& c) {
-  sixteen(c.kind) ? run<int16_t>(rng, c) : run<float>(rng, c);
-}
+void run(Rng& rng, const Config& c) { sixteen(c.kind) ? run<int16_t>(rng, c) : run<float>(rng, c); }
 
 TEST(FirDiff, EveryKernelMatchesReference) {
   Rng rng(0x5eed0f1bu);
@@ -170,7 +172,8 @@ TEST(FirDiff, EveryKernelMatchesReference) {
       ++round;
       Config c{kind, taps, 1, {}, round % 3 == 0, histories[round % 3], round % 2 == 0};
       if (kind != Kind::kFir) c.factor = 1 + rng.below(8);
-      for (int call = 0; call < 4; ++call) c.blocks.push_back(rng.below(interpolating(kind) ? 12 : 30));
+      for (int call = 0; call < 4; ++call)
+        c.blocks.push_back(rng.below(interpolating(kind) ? 12 : 30));
       run(rng, c);
       if (::testing::Test::HasFailure()) return;
     }

@@ -177,8 +177,8 @@ TEST(Fir, SixteenBitDecimatorSaturatesAndTruncates) {
     std::vector<int16_t> in(static_cast<size_t>(n), c.input);
     Canary<float> state(taps - 1 + n, 0.0f);
     Canary<int16_t> out(8);
-    qel_flt_fir_decimate_int16(in.data(), out.data(), state.data(), c.coeffs.data(), taps,
-                               c.factor, n);
+    qel_flt_fir_decimate_int16(in.data(), out.data(), state.data(), c.coeffs.data(), taps, c.factor,
+                               n);
     for (int k = (taps - 1) / c.factor + 1; k < 8; ++k) EXPECT_EQ(out[k], c.want) << k;
     if (taps > 1) {
       EXPECT_SAME_FLOAT(static_cast<float>(c.input), state[taps - 2]);

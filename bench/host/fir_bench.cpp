@@ -16,8 +16,10 @@ struct Filter {
         src(static_cast<size_t>(n)),
         dst(static_cast<size_t>(n * factor)),
         state(static_cast<size_t>(taps - 1 + n * factor), 0.0f) {
-    for (int k = 0; k < taps; ++k) coeffs[static_cast<size_t>(k)] = static_cast<float>(k % 7 - 3) * 0.1f;
-    for (int k = 0; k < n; ++k) src[static_cast<size_t>(k)] = static_cast<float>(k % 41 - 20) * 0.05f;
+    for (int k = 0; k < taps; ++k)
+      coeffs[static_cast<size_t>(k)] = static_cast<float>(k % 7 - 3) * 0.1f;
+    for (int k = 0; k < n; ++k)
+      src[static_cast<size_t>(k)] = static_cast<float>(k % 41 - 20) * 0.05f;
   }
 };
 

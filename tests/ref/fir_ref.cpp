@@ -52,8 +52,8 @@ void fir(const float* pSrc, float* pDst, float* pState, const float* pCoeffs, in
   move_history(pState, blockSize, numTaps);
 }
 
-void fir_decimate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs,
-                  int numTaps, int M, int blockSize) {
+void fir_decimate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs, int numTaps,
+                  int M, int blockSize) {
   decimate(pSrc, pDst, pState, pCoeffs, numTaps, M, blockSize);
 }
 
@@ -67,8 +67,8 @@ void fir_interpolate(const float* pSrc, float* pDst, float* pState, const float*
   interpolate(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
 }
 
-void fir_interpolate_int16(const int16_t* pSrc, int16_t* pDst, float* pState,
-                           const float* pCoeffs, int numTaps, int L, int blockSize) {
+void fir_interpolate_int16(const int16_t* pSrc, int16_t* pDst, float* pState, const float* pCoeffs,
+                           int numTaps, int L, int blockSize) {
   interpolate(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
 }
 

@@ -8,13 +8,13 @@ namespace qel::ref {
 
 void fir(const float* pSrc, float* pDst, float* pState, const float* pCoeffs, int numTaps,
          int blockSize);
-void fir_decimate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs,
-                  int numTaps, int M, int blockSize);
+void fir_decimate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs, int numTaps,
+                  int M, int blockSize);
 void fir_decimate_int16(const int16_t* pSrc, int16_t* pDst, float* pState, const float* pCoeffs,
                         int numTaps, int M, int blockSize);
 void fir_interpolate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs,
                      int numTaps, int L, int blockSize);
-void fir_interpolate_int16(const int16_t* pSrc, int16_t* pDst, float* pState,
-                           const float* pCoeffs, int numTaps, int L, int blockSize);
+void fir_interpolate_int16(const int16_t* pSrc, int16_t* pDst, float* pState, const float* pCoeffs,
+                           int numTaps, int L, int blockSize);
 
 }  // namespace qel::ref

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Block FIR filter over a caller-owned state buffer.
-// Scheduling before register allocation hoists products and spills the
-// window ring on the M33: without it the inner loop stays in registers.
-#pragma GCC optimize("no-schedule-insns")
 #include "detail/fir_kernel.hpp"
 #include "vector.h"
 

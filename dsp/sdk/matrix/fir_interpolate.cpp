@@ -3,9 +3,6 @@
 #include <cstdint>
 #include <cstring>
 
-// Scheduling before register allocation hoists products and spills the
-// window ring on the M33: without it the inner loop stays in registers.
-#pragma GCC optimize("no-schedule-insns")
 #include "detail/fir_kernel.hpp"
 #include "vector.h"
 
@@ -51,8 +48,8 @@ bool zeros_skippable(const float* pState, const float* pCoeffs, int numTaps, int
 // taps pCoeffs[k0], pCoeffs[k0+L], ... over the samples alone, at stride L, and
 // each output still takes its non-zero products in ascending k.
 template <typename T, typename S>
-void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, S L,
-                        int blockSize, T* pDst) {
+void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, S L, int blockSize,
+                        T* pDst) {
   int k0 = (numTaps - 1) % L;
   for (int p = 0; p < L; ++p) {
     const int taps = (k0 < numTaps) ? (numTaps - k0 + L - 1) / L : 0;
@@ -63,29 +60,8 @@ void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, 
   }
 }
 
-// The common factors get a compile-time stride, so the loads of the window
-// ring take immediate offsets instead of an address computation each.
-template <typename T>
-void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, int L,
-                        int blockSize, T* pDst) {
-  switch (L) {
-    case 2:
-      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 2>{}, blockSize, pDst);
-      break;
-    case 3:
-      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 3>{}, blockSize, pDst);
-      break;
-    case 4:
-      interpolate_phases(pState, pCoeffs, numTaps, std::integral_constant<int, 4>{}, blockSize, pDst);
-      break;
-    default:
-      interpolate_phases<T, int>(pState, pCoeffs, numTaps, L, blockSize, pDst);
-      break;
-  }
-}
-
-template <typename T>
-void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int numTaps, int L,
+template <typename T, typename S>
+void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int numTaps, S L,
                  int blockSize) {
   using namespace qel::detail;
   float* fill = pState + numTaps - 1;
@@ -102,6 +78,31 @@ void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, in
                       [&](int m, float y) QEL_INLINE { store_output(pDst + m, y); });
   }
   move_history(pState, count, numTaps);
+}
+
+// The common factors are compile-time constants: the loads of the window ring
+// take immediate offsets, and the block fill of L-1 zeros becomes a few
+// stores instead of a call.
+template <typename T>
+void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int numTaps, int L,
+                 int blockSize) {
+  switch (L) {
+    case 2:
+      interpolate(pSrc, pDst, pState, pCoeffs, numTaps, std::integral_constant<int, 2>{},
+                  blockSize);
+      break;
+    case 3:
+      interpolate(pSrc, pDst, pState, pCoeffs, numTaps, std::integral_constant<int, 3>{},
+                  blockSize);
+      break;
+    case 4:
+      interpolate(pSrc, pDst, pState, pCoeffs, numTaps, std::integral_constant<int, 4>{},
+                  blockSize);
+      break;
+    default:
+      interpolate<T, int>(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
+      break;
+  }
 }
 
 }  // namespace

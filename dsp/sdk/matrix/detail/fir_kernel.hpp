@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "detail/mac.hpp"
 #include "utils.h"
 
 // Lambdas of the unrolled loops must be inlined like the functions around
@@ -26,8 +27,8 @@ using UnitStride = std::integral_constant<int, 1>;
 // Calls f.operator()<i>() for i = 0..N-1 in order, unrolled.
 template <int N, typename F>
 [[gnu::always_inline]] inline void unroll(F&& f) {
-  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>(), ...); }(
-      std::make_integer_sequence<int, N>{});
+  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>(), ...); }
+  (std::make_integer_sequence<int, N>{});
 }
 
 // One output over taps ascending: the plain formula, used for the outputs
@@ -35,7 +36,7 @@ template <int N, typename F>
 template <typename S>
 [[gnu::always_inline]] inline float fir_dot(const float* w, const float* c, int taps, S s) {
   float acc = 0.0f;
-  for (int k = 0; k < taps; ++k) acc = acc + c[k * s] * w[k * s];
+  for (int k = 0; k < taps; ++k) acc = mac(acc, c[k * s], w[k * s]);
   return acc;
 }
 
@@ -58,7 +59,7 @@ template <int G, int D, typename S>
   auto tap = [&]<int j>(const float* wk, const float* ck) QEL_INLINE {
     x[(j + R - 1) % R] = wk[(j + R - 1) * s];
     const float cj = ck[j * s];
-    unroll<G>([&]<int g>() QEL_INLINE { y[g] = y[g] + cj * x[(j + g * D) % R]; });
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = mac(y[g], cj, x[(j + g * D) % R]); });
   };
   int k = 0;
   for (; k + R <= taps; k += R) {
@@ -68,15 +69,15 @@ template <int G, int D, typename S>
   }
   for (; k < taps; ++k) {
     const float ck = c[k * s];
-    unroll<G>([&]<int g>() QEL_INLINE { y[g] = y[g] + ck * w[(g * D + k) * s]; });
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = mac(y[g], ck, w[(g * D + k) * s]); });
   }
 }
 
 // count outputs, output n taking its window at w + n*D*s: groups of G, then
 // the rest one at a time. store(n, y) receives them in ascending n.
 template <int G, int D, typename S, typename Store>
-[[gnu::always_inline]] inline void fir_outputs(const float* w, const float* c, int taps,
-                                               int count, S s, Store&& store) {
+[[gnu::always_inline]] inline void fir_outputs(const float* w, const float* c, int taps, int count,
+                                               S s, Store&& store) {
   int n = 0;
   for (; n + G <= count; n += G) {
     float y[G];
