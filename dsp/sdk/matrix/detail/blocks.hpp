@@ -60,16 +60,27 @@ struct RunPair {
   QEL_BLOCK_REGS_2(R0, R1);              \
   register qel_float r2 asm(R2);         \
   register qel_float r3 asm(R3)
+#define QEL_BLOCK_REGS_8(R0, R1, R2, R3, R4, R5, R6, R7) \
+  QEL_BLOCK_REGS_4(R0, R1, R2, R3);                       \
+  register qel_float r4 asm(R4);                          \
+  register qel_float r5 asm(R5);                          \
+  register qel_float r6 asm(R6);                          \
+  register qel_float r7 asm(R7)
 #define QEL_BLOCK_LIST_2 "{%[r0], %[r1]}"
 #define QEL_BLOCK_LIST_4 "{%[r0], %[r1], %[r2], %[r3]}"
+#define QEL_BLOCK_LIST_8 "{%[r0], %[r1], %[r2], %[r3], %[r4], %[r5], %[r6], %[r7]}"
 #define QEL_BLOCK_OUT_2 [r0] "=t"(r0), [r1] "=t"(r1)
 #define QEL_BLOCK_OUT_4 QEL_BLOCK_OUT_2, [r2] "=t"(r2), [r3] "=t"(r3)
+#define QEL_BLOCK_OUT_8 QEL_BLOCK_OUT_4, [r4] "=t"(r4), [r5] "=t"(r5), [r6] "=t"(r6), [r7] "=t"(r7)
 #define QEL_BLOCK_IN_2 [r0] "t"(r0), [r1] "t"(r1)
 #define QEL_BLOCK_IN_4 QEL_BLOCK_IN_2, [r2] "t"(r2), [r3] "t"(r3)
+#define QEL_BLOCK_IN_8 QEL_BLOCK_IN_4, [r4] "t"(r4), [r5] "t"(r5), [r6] "t"(r6), [r7] "t"(r7)
 #define QEL_BLOCK_SET_2 r0 = v[0], r1 = v[1]
 #define QEL_BLOCK_SET_4 QEL_BLOCK_SET_2, r2 = v[2], r3 = v[3]
+#define QEL_BLOCK_SET_8 QEL_BLOCK_SET_4, r4 = v[4], r5 = v[5], r6 = v[6], r7 = v[7]
 #define QEL_BLOCK_GET_2 r0, r1
 #define QEL_BLOCK_GET_4 QEL_BLOCK_GET_2, r2, r3
+#define QEL_BLOCK_GET_8 QEL_BLOCK_GET_4, r4, r5, r6, r7
 
 #define QEL_BLOCK(N, BANK, ...)                                                      \
   template <>                                                                        \
@@ -98,6 +109,9 @@ QEL_BLOCK(4, 0, "s0", "s1", "s2", "s3");
 QEL_BLOCK(4, 1, "s4", "s5", "s6", "s7");
 QEL_BLOCK(4, 2, "s8", "s9", "s10", "s11");
 QEL_BLOCK(4, 3, "s12", "s13", "s14", "s15");
+QEL_BLOCK(8, 0, "s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7");
+QEL_BLOCK(8, 1, "s8", "s9", "s10", "s11", "s12", "s13", "s14", "s15");
+QEL_BLOCK(8, 2, "s16", "s17", "s18", "s19", "s20", "s21", "s22", "s23");
 
 // One statement for both runs: values loaded by one asm and kept in fixed
 // registers across a second one get spilled around calls by the allocator.
@@ -134,6 +148,12 @@ QEL_BLOCK(4, 3, "s12", "s13", "s14", "s15");
 #undef QEL_BLOCK_SET_4
 #undef QEL_BLOCK_GET_2
 #undef QEL_BLOCK_GET_4
+#undef QEL_BLOCK_REGS_8
+#undef QEL_BLOCK_LIST_8
+#undef QEL_BLOCK_OUT_8
+#undef QEL_BLOCK_IN_8
+#undef QEL_BLOCK_SET_8
+#undef QEL_BLOCK_GET_8
 #endif
 
 // {f(x[0], y[0], ...), ..., f(x[N-1], y[N-1], ...)}: one formula, every lane.
