@@ -222,8 +222,8 @@ int run_cli(const Options& o) {
                 with_commas(o.m33_instructions).c_str(),
                 100.0 * static_cast<double>(o.m33_instructions) / budget);
     std::printf(
-        "                      (library calls of one frame, measured under QEMU; the FFT is"
-        " outside the library and excluded; one cycle per instruction assumed)\n");
+        "                      (the frame's library calls, counted under QEMU; the FFT lies\n"
+        "                      outside the library and is excluded; one cycle per instruction)\n");
   } else {
     std::printf(
         "  Cortex-M33 cost     not measured (scripts/demo.sh measures it; or pass"

@@ -46,8 +46,8 @@ struct Fft {
 struct Params {
   float smoothing = 0.7f;      // recursive smoothing of the power before the minimum search
   int window_frames = 40;      // minimum-statistics sub-window (0.64 s); two are searched
-  float noise_bias = 1.6f;     // a minimum underestimates the mean noise power
-  float dd_alpha = 0.96f;      // decision-directed weight of the previous frame's estimate
+  float noise_bias = 2.0f;     // a minimum underestimates the mean noise power
+  float dd_alpha = 0.98f;      // decision-directed weight of the previous frame's estimate
   float xi_floor = 0.0025f;    // a priori SNR floor (-26 dB)
   float gamma_ceiling = 1e4f;  // posterior SNR clamp (+40 dB)
   float gain_floor = 0.05f;    // -26 dB: keeps a trace of noise, masks musical artefacts

@@ -38,15 +38,16 @@ double Spectrogram::at(int column, int bin) const {
 
 namespace {
 
-// Palette: 240 colours from black through purple and orange to pale yellow,
-// then the page colours.
-constexpr int kRamp = 240;
-constexpr uint8_t kWhite = 240, kInk = 241, kGrid = 242;
+// Palette: kRamp colours from black through purple and orange to pale yellow
+// (more steps look the same and compress worse), then the page colours.
+constexpr int kRamp = 96;
+constexpr uint8_t kWhite = kRamp, kInk = kRamp + 1;
+constexpr int kColours = kRamp + 2;
 
-std::array<png_color, 243> palette() {
+std::array<png_color, kColours> palette() {
   constexpr double stops[][3] = {
       {0, 0, 4}, {87, 16, 110}, {188, 55, 84}, {249, 142, 9}, {252, 255, 164}};
-  std::array<png_color, 243> p{};
+  std::array<png_color, kColours> p{};
   for (int i = 0; i < kRamp; ++i) {
     const double x = 4.0 * i / (kRamp - 1);
     const int s = std::min(static_cast<int>(x), 3);
@@ -59,7 +60,6 @@ std::array<png_color, 243> palette() {
   }
   p[kWhite] = png_color{255, 255, 255};
   p[kInk] = png_color{20, 20, 20};
-  p[kGrid] = png_color{150, 150, 150};
   return p;
 }
 
