@@ -118,7 +118,7 @@ TEST(DenoiseCli, TwentyFourBitFileIsConvertedAndWrittenBack) {
 }
 
 struct BadCase {
-  const char* name;
+  const char* name;                           // also the test's name
   std::function<void(const TempDir&)> setup;  // makes the files the case needs
   const char* args;
   const char* message;  // a part of the one-line error
@@ -126,73 +126,76 @@ struct BadCase {
 };
 
 const BadCase kBadCases[] = {
-    {"missing input", [](const TempDir&) {}, "missing.wav", "No such file or directory", 1},
-    {"not audio",
+    {"MissingInput", [](const TempDir&) {}, "missing.wav", "No such file or directory", 1},
+    {"NotAudio",
      [](const TempDir& d) { std::ofstream(d / "notes.wav") << "just some text, not audio\n"; },
      "notes.wav", "is not a WAV audio file", 1},
-    {"empty file", [](const TempDir& d) { std::ofstream(d / "empty.wav"); }, "empty.wav",
-     "is empty", 1},
-    {"no samples", [](const TempDir& d) { write_audio(d / "none.wav", kWav16, 1, 48000, 0); },
+    {"EmptyFile", [](const TempDir& d) { std::ofstream(d / "empty.wav"); }, "empty.wav", "is empty",
+     1},
+    {"NoSamples", [](const TempDir& d) { write_audio(d / "none.wav", kWav16, 1, 48000, 0); },
      "none.wav", "holds no samples", 1},
-    {"stereo", [](const TempDir& d) { write_audio(d / "st.wav", kWav16, 2, 48000, 480); }, "st.wav",
+    {"Stereo", [](const TempDir& d) { write_audio(d / "st.wav", kWav16, 2, 48000, 480); }, "st.wav",
      "has 2 channels; only mono", 1},
-    {"44.1 kHz", [](const TempDir& d) { write_audio(d / "cd.wav", kWav16, 1, 44100, 480); },
+    {"Rate44100", [](const TempDir& d) { write_audio(d / "cd.wav", kWav16, 1, 44100, 480); },
      "cd.wav", "sampled at 44100 Hz; only 48000 Hz", 1},
-    {"float samples",
+    {"FloatSamples",
      [](const TempDir& d) {
        write_audio(d / "fl.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 1, 48000, 480);
      },
      "fl.wav", "32-bit float samples; only 16-bit or 24-bit PCM", 1},
-    {"8-bit samples",
+    {"EightBitSamples",
      [](const TempDir& d) {
        write_audio(d / "u8.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 1, 48000, 480);
      },
      "u8.wav", "8-bit PCM samples", 1},
-    {"audio but not WAV",
+    {"AudioButNotWav",
      [](const TempDir& d) {
        write_audio(d / "in.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, 1, 48000, 480);
      },
      "in.aiff", "is audio but not a WAV file", 1},
-    {"output directory missing", [](const TempDir& d) { good_wav(d / "in.wav"); },
+    {"OutputDirectoryMissing", [](const TempDir& d) { good_wav(d / "in.wav"); },
      "in.wav -o nodir/out.wav", "cannot write output 'nodir/out.wav'", 1},
-    {"output below a file",
+    {"OutputBelowAFile",
      [](const TempDir& d) {
        good_wav(d / "in.wav");
        std::ofstream(d / "plain") << "x";
      },
      "in.wav -o plain/out.wav", "cannot write output 'plain/out.wav'", 1},
-    {"output is a directory",
+    {"OutputIsADirectory",
      [](const TempDir& d) {
        good_wav(d / "in.wav");
        fs::create_directory(d / "sub");
      },
      "in.wav -o sub", "it is a directory", 1},
-    {"output is the input", [](const TempDir& d) { good_wav(d / "in.wav"); }, "in.wav -o ./in.wav",
+    {"OutputIsTheInput", [](const TempDir& d) { good_wav(d / "in.wav"); }, "in.wav -o ./in.wav",
      "is the input file", 1},
-    {"spectrogram would replace the input", [](const TempDir& d) { good_wav(d / "take.png"); },
+    {"SpectrogramWouldReplaceTheInput", [](const TempDir& d) { good_wav(d / "take.png"); },
      "take.png -o take.wav", "is the input file", 1},
-    {"unknown option", [](const TempDir&) {}, "--frobnicate", "unknown option", 2},
+    {"UnknownOption", [](const TempDir&) {}, "--frobnicate", "unknown option", 2},
 };
 
-TEST(DenoiseCli, BadInputIsRefusedAndNothingIsWritten) {
-  for (const BadCase& c : kBadCases) {
-    SCOPED_TRACE(c.name);
-    TempDir dir;
-    c.setup(dir);
-    const auto before = dir.listing();
-    std::string input_bytes;
-    for (const auto& name : before) input_bytes += slurp(dir / name);
-    const Outcome o = run(dir, c.args);
-    EXPECT_EQ(o.status, c.status) << o.err;
-    EXPECT_EQ(o.out, "");
-    EXPECT_EQ(o.err.rfind("qel-denoise: ", 0), 0u) << o.err;
-    EXPECT_NE(o.err.find(c.message), std::string::npos) << o.err;
-    EXPECT_EQ(o.err.find('\n'), o.err.size() - 1) << "one line: " << o.err;
-    EXPECT_EQ(dir.listing(), before) << "no output and no temporary file left";
-    std::string after_bytes;
-    for (const auto& name : dir.listing()) after_bytes += slurp(dir / name);
-    EXPECT_EQ(after_bytes, input_bytes) << "the inputs are untouched";
-  }
+class DenoiseRefuses : public testing::TestWithParam<BadCase> {};
+
+TEST_P(DenoiseRefuses, WithOneLineAndWritesNothing) {
+  const BadCase& c = GetParam();
+  TempDir dir;
+  c.setup(dir);
+  const auto before = dir.listing();
+  std::string input_bytes;
+  for (const auto& name : before) input_bytes += slurp(dir / name);
+  const Outcome o = run(dir, c.args);
+  EXPECT_EQ(o.status, c.status) << o.err;
+  EXPECT_EQ(o.out, "");
+  EXPECT_EQ(o.err.rfind("qel-denoise: ", 0), 0u) << o.err;
+  EXPECT_NE(o.err.find(c.message), std::string::npos) << o.err;
+  EXPECT_EQ(o.err.find('\n'), o.err.size() - 1) << "one line: " << o.err;
+  EXPECT_EQ(dir.listing(), before) << "no output and no temporary file left";
+  std::string after_bytes;
+  for (const auto& name : dir.listing()) after_bytes += slurp(dir / name);
+  EXPECT_EQ(after_bytes, input_bytes) << "the inputs are untouched";
 }
+
+INSTANTIATE_TEST_SUITE_P(BadInput, DenoiseRefuses, testing::ValuesIn(kBadCases),
+                         [](const testing::TestParamInfo<BadCase>& i) { return i.param.name; });
 
 }  // namespace
