@@ -29,9 +29,18 @@ void expect_calls(const Calls& want) {
 
 // The 12 calls of the worked example: 1.0, -2.5, 3.0 with line_num 2.
 const Calls kExampleCalls = {
-    {"\n", "\n"}, {"\n", "\n"}, {" %e,", " 1.000000e+00,"},  {"\n", "\n"},
-    {" %e,", " -2.500000e+00,"}, {"\n", "\n"}, {"\n", "\n"},  {"\n", "\n"},
-    {" %e,", " 3.000000e+00,"},  {"\n", "\n"}, {"\n", "\n"},  {"\n", "\n"},
+    {"\n", "\n"},
+    {"\n", "\n"},
+    {" %e,", " 1.000000e+00,"},
+    {"\n", "\n"},
+    {" %e,", " -2.500000e+00,"},
+    {"\n", "\n"},
+    {"\n", "\n"},
+    {"\n", "\n"},
+    {" %e,", " 3.000000e+00,"},
+    {"\n", "\n"},
+    {"\n", "\n"},
+    {"\n", "\n"},
 };
 const char kExampleConsole[] = "\n\n 1.000000e+00,\n -2.500000e+00,\n\n\n 3.000000e+00,\n\n\n";
 
@@ -174,7 +183,11 @@ TEST(Dump, ComplexSignPicksTheFormat) {
       } else {
         qel_cpx_vec_dump2(&v, 4, form == 1 ? 0 : (form == 2 ? 3 : 40));
       }
-      expect_calls({{"\n", "\n"}, {"\n", "\n"}, {c.format, c.text}, {"\n", "\n"}, {"\n", "\n"},
+      expect_calls({{"\n", "\n"},
+                    {"\n", "\n"},
+                    {c.format, c.text},
+                    {"\n", "\n"},
+                    {"\n", "\n"},
                     {"\n", "\n"}});
     }
   }

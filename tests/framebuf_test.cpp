@@ -18,18 +18,48 @@ struct CircularCase {
   const char* why;
 };
 const CircularCase kCircularCases[] = {
-    {{0, 0, 0}, 0, {1, 2, 3, 4, 5}, {1, 1, 1, 1, 1}, {0, 0, 0, 1, 2}, {4, 5, 3},
+    {{0, 0, 0},
+     0,
+     {1, 2, 3, 4, 5},
+     {1, 1, 1, 1, 1},
+     {0, 0, 0, 1, 2},
+     {4, 5, 3},
      "new line of 3, five inputs: the fourth output is the first input"},
-    {{4, 5, 3}, 2, {6, 7}, {1, 1}, {3, 4}, {7, 5, 6},
+    {{4, 5, 3},
+     2,
+     {6, 7},
+     {1, 1},
+     {3, 4},
+     {7, 5, 6},
      "the next call continues at write position (0 + 5) mod 3 = 2"},
-    {{9}, 0, {1, 2, 3}, {2, 3, 4}, {18, 3, 8}, {3},
+    {{9},
+     0,
+     {1, 2, 3},
+     {2, 3, 4},
+     {18, 3, 8},
+     {3},
      "line of 1: each output is the previous input times its own gain"},
-    {{10, 20}, 1, {1, 2, 3, 4, 5, 6, 7}, {1, 1, 1, 1, 1, 1, 1}, {20, 10, 1, 2, 3, 4, 5}, {6, 7},
+    {{10, 20},
+     1,
+     {1, 2, 3, 4, 5, 6, 7},
+     {1, 1, 1, 1, 1, 1, 1},
+     {20, 10, 1, 2, 3, 4, 5},
+     {6, 7},
      "seven inputs through a line of 2 wrap three times; later outputs are this call's inputs"},
-    {{1, 2, -3}, 1, {4, 5, 6, 7}, {2, 0, 0, 2}, {4, -0.0f, 0, 8}, {6, 7, 5},
+    {{1, 2, -3},
+     1,
+     {4, 5, 6, 7},
+     {2, 0, 0, 2},
+     {4, -0.0f, 0, 8},
+     {6, 7, 5},
      "gain 0 gives a zero (signed as the slot) and still stores the input"},
     {{1, 2, 3}, 2, {}, {}, {}, {1, 2, 3}, "no input changes nothing"},
-    {{5, 6, 7, 8}, 3, {1, 2, 3}, {0.5f, 0.25f, -1}, {4, 1.25f, -6}, {2, 3, 7, 1},
+    {{5, 6, 7, 8},
+     3,
+     {1, 2, 3},
+     {0.5f, 0.25f, -1},
+     {4, 1.25f, -6},
+     {2, 3, 7, 1},
      "start at the last slot: the wrap comes after the first sample"},
 };
 
@@ -38,8 +68,8 @@ TEST(Framebuf, CircularWorkedCases) {
     SCOPED_TRACE(c.why);
     const int n = static_cast<int>(c.in.size());
     Canary<float> line(c.line), out(n);
-    qel_fl_circular(out.data(), line.data(), c.in.data(), c.gain.data(), line.size(),
-                    c.write_index, n);
+    qel_fl_circular(out.data(), line.data(), c.in.data(), c.gain.data(), line.size(), c.write_index,
+                    n);
     expect_same_values(c.want_out.data(), out.data(), n, "out");
     expect_same_values(c.want_line.data(), line.data(), line.size(), "line");
     EXPECT_TRUE(out.intact());

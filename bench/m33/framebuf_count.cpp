@@ -21,6 +21,6 @@ QEL_M33_BENCH(framebuf) {
   report("qel_fl_circular", "480/160",
          count([&] { qel_fl_circular(out, delay, in, gain, kDelay, 400, kBlock); }), kBlock,
          "sample");
-  report("qel_fl_maa", "512",
-         count([&] { qel_fl_maa(frame, buff, window + kFrame - 1, kFrame); }), kFrame, "elem");
+  report("qel_fl_maa", "512", count([&] { qel_fl_maa(frame, buff, window + kFrame - 1, kFrame); }),
+         kFrame, "elem");
 }

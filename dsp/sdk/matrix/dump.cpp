@@ -82,7 +82,9 @@ extern "C" {
 // evaluated: 1 << Q is undefined for Q outside 0..30, and a scale that
 // reaches no output would be dead code.
 
-void qel_flt_vec_dump(const qel_flt_vec* m, int line_num) { dump_floats(m->data, m->dim, line_num); }
+void qel_flt_vec_dump(const qel_flt_vec* m, int line_num) {
+  dump_floats(m->data, m->dim, line_num);
+}
 
 void qel_flt_vec_dump2(const qel_flt_vec* m, int line_num, int /*Q*/) {
   dump_floats(m->data, m->dim, line_num);
@@ -100,8 +102,6 @@ void qel_short_dump(const short int* m, int len, int line_num) {
 
 void qel_cpx_vec_dump(const qel_cpx_vec* m, int line_num) { dump_complex(m, line_num); }
 
-void qel_cpx_vec_dump2(const qel_cpx_vec* m, int line_num, int /*Q*/) {
-  dump_complex(m, line_num);
-}
+void qel_cpx_vec_dump2(const qel_cpx_vec* m, int line_num, int /*Q*/) { dump_complex(m, line_num); }
 
 }  // extern "C"

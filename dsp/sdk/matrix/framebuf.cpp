@@ -2,38 +2,29 @@
 // Frame buffers: a circular delay line with a gain per sample, and the
 // accumulation of a buffer into a frame through a window read backwards.
 #include "detail/loops.hpp"
+#include "utils.h"
 #include "vector.h"
-
-#if defined(__arm__) && defined(__ARM_FP)
-#define QEL_HAVE_VLDM 1
-#else
-#define QEL_HAVE_VLDM 0
-#endif
 
 namespace {
 
-#if QEL_HAVE_VLDM
+#if QEL_ARM_VFP
 // One group of four of qel_fl_maa on an Arm FPU. The compiler loads and stores
 // floats one by one (six instructions an element); VLDM/VSTM move four in one
-// instruction, which brings the group to about 3.5 an element. Each pointer
-// moves on by the group. window_end is one past the weight of the group's
-// first element: VLDMDB reads the four weights below it, so s11 weighs the
-// first element and s8 the last. Same operations, same order, as the portable
-// loop: fft + buff * weight, rounded after the product and after the sum.
+// instruction, and VLDMDB reads the window backwards. Each pointer moves on by
+// the group. window_end is one past the weight of the group's first element,
+// so s11 weighs the first element and s8 the last. VMLA rounds the product
+// before the addition, so each element is fft + buff * weight with the bits of
+// the portable loop.
 [[gnu::always_inline]] inline void accumulate4(qel_float*& fft, const qel_float*& buff,
                                                const qel_float*& window_end) {
   __asm__ volatile(
       "vldmia %[b]!, {s0-s3}\n\t"
       "vldmdb %[w]!, {s8-s11}\n\t"
       "vldmia %[f], {s4-s7}\n\t"
-      "vmul.f32 s0, s0, s11\n\t"
-      "vmul.f32 s1, s1, s10\n\t"
-      "vmul.f32 s2, s2, s9\n\t"
-      "vmul.f32 s3, s3, s8\n\t"
-      "vadd.f32 s4, s4, s0\n\t"
-      "vadd.f32 s5, s5, s1\n\t"
-      "vadd.f32 s6, s6, s2\n\t"
-      "vadd.f32 s7, s7, s3\n\t"
+      "vmla.f32 s4, s0, s11\n\t"
+      "vmla.f32 s5, s1, s10\n\t"
+      "vmla.f32 s6, s2, s9\n\t"
+      "vmla.f32 s7, s3, s8\n\t"
       "vstmia %[f]!, {s4-s7}"
       : [f] "+r"(fft), [b] "+r"(buff), [w] "+r"(window_end)
       :
@@ -82,7 +73,7 @@ void qel_fl_circular(qel_float* out, qel_float* delay, const qel_float* in, cons
 // be buff; it must not overlap window.
 void qel_fl_maa(qel_float* fft_data, const qel_float* buff, const qel_float* window, int nfft) {
   const auto step = [&](int k) { fft_data[k] = fft_data[k] + buff[k] * window[-k]; };
-#if QEL_HAVE_VLDM
+#if QEL_ARM_VFP
   qel_float* f = fft_data;
   const qel_float* b = buff;
   const qel_float* w = window + 1;

@@ -25,9 +25,8 @@ template <int G, typename F>
   using In = Block<G, kFirstBank<G>>;
   for (int g = n / G; g > 0; --g) {
     Lanes<G> x = In::load(a);
-    [&]<int... k>(std::integer_sequence<int, k...>) {
-      ((x[k] = f(x[k])), ...);
-    }(std::make_integer_sequence<int, G>{});
+    [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k])), ...); }
+    (std::make_integer_sequence<int, G>{});
     In::store(out, x);
   }
   for (int r = n % G; r > 0; --r) *out++ = f(*a++);
@@ -41,9 +40,8 @@ template <int G, typename F>
   for (int g = n / G; g > 0; --g) {
     Lanes<G> x = InA::load(a);
     const Lanes<G> y = InB::load(b);
-    [&]<int... k>(std::integer_sequence<int, k...>) {
-      ((x[k] = f(x[k], y[k])), ...);
-    }(std::make_integer_sequence<int, G>{});
+    [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k], y[k])), ...); }
+    (std::make_integer_sequence<int, G>{});
     InA::store(out, x);
   }
   for (int r = n % G; r > 0; --r) *out++ = f(*a++, *b++);
