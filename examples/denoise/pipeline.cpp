@@ -59,8 +59,6 @@ Pipeline::Pipeline(const Params& p) : p_(p) {
   // periodic window is not symmetric: store it reversed so that, read back from
   // its last element, element k meets w[k]. The 1/kFft of the inverse FFT rides along.
   for (int n = 0; n < kFft; ++n) synthesis_[kFft - 1 - n] = window_[n] / static_cast<float>(kFft);
-  qel_flt_vec ones = view(ones_);
-  qel_flt_vec_set(&ones, 1.0f);
 }
 
 void Pipeline::analyze(const float* in) {

@@ -57,6 +57,8 @@ struct Params {
 class Pipeline {
  public:
   explicit Pipeline(const Params& p = Params{});
+  Pipeline(const Pipeline&) = delete;  // the spectrum records point into the object
+  Pipeline& operator=(const Pipeline&) = delete;
 
   // One whole frame: kHopIn samples in, kHopIn samples out (kDelay samples late).
   void process(const int16_t* in, int16_t* out, const Fft& fft);
@@ -77,9 +79,6 @@ class Pipeline {
   // Per-bin powers of the last frame, before and after the gain (the spectrogram).
   const float* input_power() const { return pow_.data(); }
   const float* output_power() const { return clean_.data(); }
-
-  // The rate-change filter, exposed for tests: kTaps coefficients, unity DC gain.
-  const float* lowpass() const { return dec_coeffs_.data(); }
 
  private:
   using Bins = std::array<float, kBins>;
@@ -104,7 +103,7 @@ class Pipeline {
   qel_cpx_vec spec_{kBins, re_.data(), im_.data()};
   qel_cpx_vec out_spec_{kBins, out_re_.data(), out_im_.data()};
   Bins pow_{}, smooth_{}, min_now_{}, min_prev_{}, noise_{};
-  Bins gamma_{}, xi_{}, gain_{}, clean_{}, tmp_{}, ones_{}, zeros_{};
+  Bins gamma_{}, xi_{}, gain_{}, clean_{}, tmp_{}, zeros_{};
   int frames_ = 0;
 };
 
