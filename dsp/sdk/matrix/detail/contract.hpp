@@ -44,9 +44,12 @@ inline size_t bytes(const T* /*p*/, int n) {
   return n > 0 ? static_cast<size_t>(n) * sizeof(T) : 0u;
 }
 
-// The n floats at a and at b do not overlap.
+// The n floats at a and at b do not overlap; the same for a_n and b_n floats.
 inline bool floats_disjoint(const float* a, const float* b, int n) {
   return disjoint(a, float_bytes(n), b, float_bytes(n));
+}
+inline bool floats_disjoint(const float* a, int a_n, const float* b, int b_n) {
+  return disjoint(a, float_bytes(a_n), b, float_bytes(b_n));
 }
 
 // The address of the first of the n floats that end at last (a window read
