@@ -91,9 +91,7 @@ void qel_fl_maa(qel_float* fft_data, const qel_float* buff, const qel_float* win
              "fft_data, buff and window are not null");
   QEL_EXPECT(qel::detail::is_each_or_apart(nfft, fft_data, buff),
              "fft_data is buff or does not overlap it");
-  QEL_EXPECT(nfft == 0 || qel::detail::disjoint(fft_data, qel::detail::float_bytes(nfft),
-                                                qel::detail::floats_ending_at(window, nfft),
-                                                qel::detail::float_bytes(nfft)),
+  QEL_EXPECT(qel::detail::floats_disjoint_from_window(fft_data, window, nfft),
              "fft_data does not overlap window");
   const auto step = [&](int k) { fft_data[k] = fft_data[k] + buff[k] * window[-k]; };
 #if QEL_ARM_VFP

@@ -52,10 +52,14 @@ inline bool floats_disjoint(const float* a, int a_n, const float* b, int b_n) {
   return disjoint(a, float_bytes(a_n), b, float_bytes(b_n));
 }
 
-// The address of the first of the n floats that end at last (a window read
-// backwards), computed without pointer arithmetic outside the caller's array.
-inline const void* floats_ending_at(const float* last, int n) {
-  return reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(last + 1) - float_bytes(n));
+// The n floats at a do not overlap the n floats that end at last (a window
+// read backwards).
+inline bool floats_disjoint_from_window(const float* a, const float* last, int n) {
+  const size_t b = float_bytes(n);
+  if (b == 0) return true;
+  const auto pa = reinterpret_cast<uintptr_t>(a);
+  const auto window_end = reinterpret_cast<uintptr_t>(last + 1);
+  return pa + b <= window_end - b || window_end <= pa;
 }
 
 // A record serving n elements has its arrays; n <= 0 needs none.
