@@ -186,6 +186,28 @@ TEST(Arithmetic, InPlaceSumsAndDifferences) {
   expect_same_values(shifted, a, kLen4, "add_flt");
 }
 
+// Floors, gains and compression applied to an array in place: each element is
+// read before it is written, so the results are those of separate arrays.
+TEST(Arithmetic, InPlaceFloorsGainsAndCompression) {
+  float x[9] = {-2.0f, 3.0f, -0.0f, kNaN, 2.5f, -1.0f, 0.5f, 4.0f, 1.0f};
+  qel_fl_max(x, x, 0.5f, 9);
+  const float floored[9] = {0.5f, 3.0f, 0.5f, kNaN, 2.5f, 0.5f, 0.5f, 4.0f, 1.0f};
+  expect_same_values(floored, x, 9, "qel_fl_max B = A");
+
+  qel_flt_vec X = {9, x};
+  qel_flt_vec_subtract_max(&X, 1.0f, &X, 0.0f);
+  const float lowered[9] = {0.0f, 2.0f, 0.0f, kNaN, 1.5f, 0.0f, 0.0f, 3.0f, 0.0f};
+  expect_same_values(lowered, x, 9, "subtract_max B = A");
+
+  qel_flt_vec_pairwise_scale(&X, &X);
+  const float squared[9] = {0.0f, 4.0f, 0.0f, kNaN, 2.25f, 0.0f, 0.0f, 9.0f, 0.0f};
+  expect_same_values(squared, x, 9, "pairwise_scale v_scale = A");
+
+  qel_flt_vec_smooth(&X, &X, 2.0f);  // above 2: 2 + (a - 2) * a
+  const float smoothed[9] = {0.0f, 10.0f, 0.0f, kNaN, 2.5625f, 0.0f, 0.0f, 65.0f, 0.0f};
+  expect_same_values(smoothed, x, 9, "smooth B = A");
+}
+
 struct CpxSelectCase {
   float ar, ai, br, bi;
   float min_re, min_im, max_re, max_im;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/fake_platform.h"
+#include "support/soak.h"
 #include "support/values.h"
 #include "vector.h"
 
@@ -225,19 +226,21 @@ TEST(Dump, FloatTextOfSpecialValues) {
 // is exact, so both must print the same text for any float (NaNs of either sign
 // included: glibc and newlib both spell them nan and -nan).
 TEST(Dump, WideningPrintsLikeTheLanguageConversion) {
-  Rng rng(0xd0a1u);
-  std::vector<float> values = special_values();
-  for (int k = 0; k < 400; ++k) values.push_back(from_bits(rng.word()));
-  for (uint32_t b = 1; b < 0x00800000u; b = b * 3 + 1) values.push_back(from_bits(b));  // denormals
-  for (float x : values) {
-    SCOPED_TRACE(describe(x));
-    char want[64];
-    std::snprintf(want, sizeof want, " %e,", static_cast<double>(x));
-    fake::reset();
-    qel_fl_dump(&x, 1, 1);
-    ASSERT_EQ(fake::prints().size(), 6u);
-    EXPECT_EQ(fake::prints()[2].text, want);
-  }
+  randomized(0xd0a1u, [&](Rng& rng) {
+    std::vector<float> values = special_values();
+    for (int k = 0; k < 400; ++k) values.push_back(from_bits(rng.word()));
+    for (uint32_t b = 1; b < 0x00800000u; b = b * 3 + 1)
+      values.push_back(from_bits(b));  // denormals
+    for (float x : values) {
+      SCOPED_TRACE(describe(x));
+      char want[64];
+      std::snprintf(want, sizeof want, " %e,", static_cast<double>(x));
+      fake::reset();
+      qel_fl_dump(&x, 1, 1);
+      ASSERT_EQ(fake::prints().size(), 6u);
+      EXPECT_EQ(fake::prints()[2].text, want);
+    }
+  });
 }
 
 }  // namespace

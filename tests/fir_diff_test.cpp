@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ref/fir_ref.h"
+#include "support/soak.h"
 #include "support/values.h"
 #include "vector.h"
 
@@ -164,105 +165,109 @@ void run(Rng& rng, const Config& c) {
 void run(Rng& rng, const Config& c) { sixteen(c.kind) ? run<int16_t>(rng, c) : run<float>(rng, c); }
 
 TEST(FirDiff, EveryKernelMatchesReference) {
-  Rng rng(0x5eed0f1bu);
-  const History histories[] = {History::kZero, History::kJunk, History::kStuffed};
-  int round = 0;
-  for (int taps = 1; taps <= 70; ++taps) {
-    for (Kind kind : kKinds) {
-      ++round;
-      Config c{kind, taps, 1, {}, round % 3 == 0, histories[round % 3], round % 2 == 0};
-      if (kind != Kind::kFir) c.factor = 1 + rng.below(8);
-      for (int call = 0; call < 4; ++call)
-        c.blocks.push_back(rng.below(interpolating(kind) ? 12 : 30));
-      run(rng, c);
-      if (::testing::Test::HasFailure()) return;
+  randomized(0x5eed0f1bu, [&](Rng& rng) {
+    const History histories[] = {History::kZero, History::kJunk, History::kStuffed};
+    int round = 0;
+    for (int taps = 1; taps <= 70; ++taps) {
+      for (Kind kind : kKinds) {
+        ++round;
+        Config c{kind, taps, 1, {}, round % 3 == 0, histories[round % 3], round % 2 == 0};
+        if (kind != Kind::kFir) c.factor = 1 + rng.below(8);
+        for (int call = 0; call < 4; ++call)
+          c.blocks.push_back(rng.below(interpolating(kind) ? 12 : 30));
+        run(rng, c);
+        if (::testing::Test::HasFailure()) return;
+      }
     }
-  }
+  });
 }
 
 TEST(FirDiff, LargeBlocksMatchReference) {
-  Rng rng(0x5eed0f1cu);
-  const Config configs[] = {
-      {Kind::kFir, 32, 1, {160, 160}, false, History::kJunk, false},
-      {Kind::kFir, 128, 1, {160}, true, History::kZero, true},
-      {Kind::kDecimate, 48, 3, {480, 479}, false, History::kJunk, false},
-      {Kind::kDecimate16, 48, 3, {480}, false, History::kZero, true},
-      {Kind::kDecimate, 37, 2, {257}, true, History::kJunk, true},
-      {Kind::kDecimate, 29, 4, {203}, false, History::kZero, false},
-      {Kind::kDecimate, 50, 7, {300}, false, History::kJunk, false},
-      {Kind::kInterpolate, 48, 3, {160, 77}, false, History::kStuffed, false},
-      {Kind::kInterpolate16, 48, 3, {160}, false, History::kZero, true},
-      {Kind::kInterpolate, 48, 3, {100}, true, History::kStuffed, false},
-      {Kind::kInterpolate, 61, 5, {64}, false, History::kJunk, true},
-  };
-  for (const Config& c : configs) run(rng, c);
+  randomized(0x5eed0f1cu, [&](Rng& rng) {
+    const Config configs[] = {
+        {Kind::kFir, 32, 1, {160, 160}, false, History::kJunk, false},
+        {Kind::kFir, 128, 1, {160}, true, History::kZero, true},
+        {Kind::kDecimate, 48, 3, {480, 479}, false, History::kJunk, false},
+        {Kind::kDecimate16, 48, 3, {480}, false, History::kZero, true},
+        {Kind::kDecimate, 37, 2, {257}, true, History::kJunk, true},
+        {Kind::kDecimate, 29, 4, {203}, false, History::kZero, false},
+        {Kind::kDecimate, 50, 7, {300}, false, History::kJunk, false},
+        {Kind::kInterpolate, 48, 3, {160, 77}, false, History::kStuffed, false},
+        {Kind::kInterpolate16, 48, 3, {160}, false, History::kZero, true},
+        {Kind::kInterpolate, 48, 3, {100}, true, History::kStuffed, false},
+        {Kind::kInterpolate, 61, 5, {64}, false, History::kJunk, true},
+    };
+    for (const Config& c : configs) run(rng, c);
+  });
 }
 
 // One signal fed in one block, in blocks of eight and in blocks of 3, 5, 1, 7
 // (multiples of M for the decimator) gives the reference's single-call outputs
 // and history.
 TEST(FirDiff, SplitBlocksMatchOneBlock) {
-  Rng rng(0x5eed0f1du);
-  for (Kind kind : {Kind::kFir, Kind::kDecimate, Kind::kInterpolate}) {
-    for (int taps : {1, 5, 13, 33}) {
-      const int factor = kind == Kind::kFir ? 1 : 3;
-      SCOPED_TRACE(testing::Message() << name(kind) << " taps " << taps);
-      const Config c{kind, taps, factor, {}, false, History::kStuffed, false};
-      const int total = 16 * factor;
-      const std::vector<float> coeffs = make_coeffs(rng, c);
-      const std::vector<float> in = rng.values(total);
-      const int out_total = outputs(c, total);
-      const int state_size = taps - 1 + appended(c, total);
-      std::vector<float> hist(static_cast<size_t>(taps));
-      fill_history(rng, c, hist.data());
+  randomized(0x5eed0f1du, [&](Rng& rng) {
+    for (Kind kind : {Kind::kFir, Kind::kDecimate, Kind::kInterpolate}) {
+      for (int taps : {1, 5, 13, 33}) {
+        const int factor = kind == Kind::kFir ? 1 : 3;
+        SCOPED_TRACE(testing::Message() << name(kind) << " taps " << taps);
+        const Config c{kind, taps, factor, {}, false, History::kStuffed, false};
+        const int total = 16 * factor;
+        const std::vector<float> coeffs = make_coeffs(rng, c);
+        const std::vector<float> in = rng.values(total);
+        const int out_total = outputs(c, total);
+        const int state_size = taps - 1 + appended(c, total);
+        std::vector<float> hist(static_cast<size_t>(taps));
+        fill_history(rng, c, hist.data());
 
-      std::vector<float> want(static_cast<size_t>(out_total));
-      std::vector<float> want_state(hist.begin(), hist.end() - 1);
-      want_state.resize(static_cast<size_t>(state_size));
-      call(c, true, in.data(), want.data(), want_state.data(), coeffs.data(), total);
+        std::vector<float> want(static_cast<size_t>(out_total));
+        std::vector<float> want_state(hist.begin(), hist.end() - 1);
+        want_state.resize(static_cast<size_t>(state_size));
+        call(c, true, in.data(), want.data(), want_state.data(), coeffs.data(), total);
 
-      const std::vector<std::vector<int>> splits = {{16}, {8, 8}, {3, 5, 1, 7}};
-      for (const std::vector<int>& split : splits) {
-        Canary<float> got(out_total), state(state_size);
-        std::copy(hist.begin(), hist.end() - 1, state.data());
-        int at = 0, out_at = 0;
-        for (int part : split) {
-          const int n = part * factor;
-          call(c, false, in.data() + at, got.data() + out_at, state.data(), coeffs.data(), n);
-          at += n;
-          out_at += outputs(c, n);
+        const std::vector<std::vector<int>> splits = {{16}, {8, 8}, {3, 5, 1, 7}};
+        for (const std::vector<int>& split : splits) {
+          Canary<float> got(out_total), state(state_size);
+          std::copy(hist.begin(), hist.end() - 1, state.data());
+          int at = 0, out_at = 0;
+          for (int part : split) {
+            const int n = part * factor;
+            call(c, false, in.data() + at, got.data() + out_at, state.data(), coeffs.data(), n);
+            at += n;
+            out_at += outputs(c, n);
+          }
+          expect_same_values(want.data(), got.data(), out_total, "output");
+          expect_same_values(want_state.data(), state.data(), taps - 1, "history");
+          EXPECT_TRUE(got.intact() && state.intact());
         }
-        expect_same_values(want.data(), got.data(), out_total, "output");
-        expect_same_values(want_state.data(), state.data(), taps - 1, "history");
-        EXPECT_TRUE(got.intact() && state.intact());
       }
     }
-  }
+  });
 }
 
 // Factor 1: the decimator and the interpolator are the block filter, bit for
 // bit, final state included.
 TEST(FirDiff, FactorOneIsTheBlockFilter) {
-  Rng rng(0x5eed0f1eu);
-  for (int taps : {1, 2, 9, 24}) {
-    SCOPED_TRACE(taps);
-    const std::vector<float> coeffs = rng.values(taps, 1.0f, 6);
-    const std::vector<float> in = rng.values(19);
-    std::vector<float> hist = rng.values(taps - 1);
-    Canary<float> fir_out(19), dec_out(19), int_out(19);
-    Canary<float> fir_state(taps - 1 + 19), dec_state(taps - 1 + 19), int_state(taps - 1 + 19);
-    for (Canary<float>* s : {&fir_state, &dec_state, &int_state}) {
-      std::copy(hist.begin(), hist.end(), s->data());
+  randomized(0x5eed0f1eu, [&](Rng& rng) {
+    for (int taps : {1, 2, 9, 24}) {
+      SCOPED_TRACE(taps);
+      const std::vector<float> coeffs = rng.values(taps, 1.0f, 6);
+      const std::vector<float> in = rng.values(19);
+      std::vector<float> hist = rng.values(taps - 1);
+      Canary<float> fir_out(19), dec_out(19), int_out(19);
+      Canary<float> fir_state(taps - 1 + 19), dec_state(taps - 1 + 19), int_state(taps - 1 + 19);
+      for (Canary<float>* s : {&fir_state, &dec_state, &int_state}) {
+        std::copy(hist.begin(), hist.end(), s->data());
+      }
+      qel_flt_fir(in.data(), fir_out.data(), fir_state.data(), coeffs.data(), taps, 19);
+      qel_flt_fir_decimate(in.data(), dec_out.data(), dec_state.data(), coeffs.data(), taps, 1, 19);
+      qel_flt_fir_interpolate(in.data(), int_out.data(), int_state.data(), coeffs.data(), taps, 1,
+                              19);
+      expect_same_values(fir_out, dec_out, "decimator output");
+      expect_same_values(fir_out, int_out, "interpolator output");
+      expect_same_values(fir_state, dec_state, "decimator state");
+      expect_same_values(fir_state, int_state, "interpolator state");
     }
-    qel_flt_fir(in.data(), fir_out.data(), fir_state.data(), coeffs.data(), taps, 19);
-    qel_flt_fir_decimate(in.data(), dec_out.data(), dec_state.data(), coeffs.data(), taps, 1, 19);
-    qel_flt_fir_interpolate(in.data(), int_out.data(), int_state.data(), coeffs.data(), taps, 1,
-                            19);
-    expect_same_values(fir_out, dec_out, "decimator output");
-    expect_same_values(fir_out, int_out, "interpolator output");
-    expect_same_values(fir_state, dec_state, "decimator state");
-    expect_same_values(fir_state, int_state, "interpolator state");
-  }
+  });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ref/framebuf_ref.h"
+#include "support/soak.h"
 #include "support/values.h"
 #include "vector.h"
 
@@ -50,42 +51,44 @@ void check_circular(Rng& rng, int n, int delay_len, Alias alias) {
 }
 
 TEST(FramebufDiff, CircularMatchesReference) {
-  Rng rng(0x5eed0d1u);
-  for (int n : lengths()) {
-    SCOPED_TRACE(n);
-    for (int delay_len : {1, 2, 3, 4, 5, 7, 8, 9, 1 + rng.below(70), 1 + rng.below(70), 480}) {
-      SCOPED_TRACE(delay_len);
-      check_circular(rng, n, delay_len, Alias::kNone);
+  randomized(0x5eed0d1u, [&](Rng& rng) {
+    for (int n : lengths()) {
+      SCOPED_TRACE(n);
+      for (int delay_len : {1, 2, 3, 4, 5, 7, 8, 9, 1 + rng.below(70), 1 + rng.below(70), 480}) {
+        SCOPED_TRACE(delay_len);
+        check_circular(rng, n, delay_len, Alias::kNone);
+      }
+      for (Alias alias : {Alias::kOutIsIn, Alias::kOutIsGain}) {
+        SCOPED_TRACE(alias == Alias::kOutIsIn ? "out is in" : "out is gain");
+        check_circular(rng, n, 1 + rng.below(70), alias);
+      }
     }
-    for (Alias alias : {Alias::kOutIsIn, Alias::kOutIsGain}) {
-      SCOPED_TRACE(alias == Alias::kOutIsIn ? "out is in" : "out is gain");
-      check_circular(rng, n, 1 + rng.below(70), alias);
-    }
-  }
+  });
 }
 
 TEST(FramebufDiff, MaaMatchesReference) {
-  Rng rng(0x5eed0d2u);
-  for (int n : lengths()) {
-    SCOPED_TRACE(n);
-    // The kernel reads window[n] down to window[1]; window[0] keeps the
-    // pointer inside the array when n is 0.
-    const std::vector<float> window = rng.values(n + 1);
-    const float* window_last = window.data() + n;
-    const std::vector<float> fft0 = rng.values(n), buff = rng.values(n);
+  randomized(0x5eed0d2u, [&](Rng& rng) {
+    for (int n : lengths()) {
+      SCOPED_TRACE(n);
+      // The kernel reads window[n] down to window[1]; window[0] keeps the
+      // pointer inside the array when n is 0.
+      const std::vector<float> window = rng.values(n + 1);
+      const float* window_last = window.data() + n;
+      const std::vector<float> fft0 = rng.values(n), buff = rng.values(n);
 
-    Canary<float> want(fft0), got(fft0);
-    for (int call = 0; call < 2; ++call) {  // accumulates across calls
-      ref::maa(want.data(), buff.data(), window_last, n);
-      qel_fl_maa(got.data(), buff.data(), window_last, n);
-      expect_same_values(want, got);
+      Canary<float> want(fft0), got(fft0);
+      for (int call = 0; call < 2; ++call) {  // accumulates across calls
+        ref::maa(want.data(), buff.data(), window_last, n);
+        qel_fl_maa(got.data(), buff.data(), window_last, n);
+        expect_same_values(want, got);
+      }
+
+      Canary<float> want_in_place(buff), got_in_place(buff);  // fft_data is buff
+      ref::maa(want_in_place.data(), want_in_place.data(), window_last, n);
+      qel_fl_maa(got_in_place.data(), got_in_place.data(), window_last, n);
+      expect_same_values(want_in_place, got_in_place, "in place");
     }
-
-    Canary<float> want_in_place(buff), got_in_place(buff);  // fft_data is buff
-    ref::maa(want_in_place.data(), want_in_place.data(), window_last, n);
-    qel_fl_maa(got_in_place.data(), got_in_place.data(), window_last, n);
-    expect_same_values(want_in_place, got_in_place, "in place");
-  }
+  });
 }
 
 }  // namespace

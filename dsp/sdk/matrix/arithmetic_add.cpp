@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Addition and subtraction of vectors and arrays, with a scalar floor or a
 // per-element ceiling.
+#include "detail/contract.hpp"
 #include "detail/elementwise.hpp"
 #include "vector.h"
 
@@ -26,18 +27,31 @@ extern "C" {
 
 // C[i] = A[i] + B[i]; count len; C may be A or B.
 void qel_fl_add(const qel_float* A, const qel_float* B, qel_float* C, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (A != nullptr && B != nullptr && C != nullptr), "A, B and C are not null");
+  QEL_EXPECT(qel::detail::is_each_or_apart(len, C, A, B), "C is A or B, or does not overlap them");
   map_grouped<kAddGroup>(
       len, C, [](qel_float a, qel_float b) { return a + b; }, A, B);
 }
 
 // C = A + B; count A->dim; C may be A or B.
 void qel_flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   qel_fl_add(A->data, B->data, C->data, A->dim);
 }
 
 // C = A + B per part, re and im alternating a group at a time; count A->dim;
 // C may be A or B.
 void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   const int n = A->dim;
   for (int i = 0; i < n; i += kAddGroup) {
     const int m = (n - i < kAddGroup) ? n - i : kAddGroup;
@@ -48,6 +62,9 @@ void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C)
 
 // A[i] += b; count A->dim.
 void qel_flt_vec_add_flt(qel_flt_vec* A, qel_float b) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, A->dim), "A has arrays");
   map_grouped<kAddGroup>(
       A->dim, A->data, [b](qel_float a) { return a + b; }, A->data);
 }
@@ -55,18 +72,31 @@ void qel_flt_vec_add_flt(qel_flt_vec* A, qel_float b) {
 // C = A - B per part, the whole re array before the im array; count A->dim;
 // C may be A or B.
 void qel_cpx_vec_subtract(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   subtract_arrays(A->re, B->re, C->re, A->dim);
   subtract_arrays(A->im, B->im, C->im, A->dim);
 }
 
 // C = A - B; count A->dim; C may be A or B.
 void qel_flt_vec_subtract(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   subtract_arrays(A->data, B->data, C->data, A->dim);
 }
 
 // s = A[i] + B[i]; C[i] = (m > s) ? m : s: ties, a NaN sum and a NaN m keep
 // s. Count len; C may be A or B.
 void qel_fl_add_max(const qel_float* A, const qel_float* B, qel_float* C, qel_float m, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (A != nullptr && B != nullptr && C != nullptr), "A, B and C are not null");
+  QEL_EXPECT(qel::detail::is_each_or_apart(len, C, A, B), "C is A or B, or does not overlap them");
   map_grouped<kAddGroup>(
       len, C, [m](qel_float a, qel_float b) { return floor_at(a + b, m); }, A, B);
 }
@@ -74,18 +104,30 @@ void qel_fl_add_max(const qel_float* A, const qel_float* B, qel_float* C, qel_fl
 // C = A + B floored at min, as qel_fl_add_max; count A->dim.
 void qel_flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C,
                          qel_float min) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   qel_fl_add_max(A->data, B->data, C->data, min, A->dim);
 }
 
 // B[i] = (c > A[i]) ? c : A[i]: ties, a NaN element and a NaN c keep A[i].
 // Count len; A is only read.
 void qel_fl_max(const qel_float* A, qel_float* B, qel_float c, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (A != nullptr && B != nullptr), "A and B are not null");
+  QEL_EXPECT(qel::detail::same_or_apart(B, A, len), "B is A or does not overlap it");
   map_grouped<kFloorGroup>(
       len, B, [c](qel_float a) { return floor_at(a, c); }, A);
 }
 
 // B[i] = A[i] - b, floored at min as qel_fl_max; count A->dim.
 void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B, qel_float min) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->data, A->dim), "B is A or does not overlap it");
   map_grouped<kFloorGroup>(
       A->dim, B->data, [b, min](qel_float a) { return floor_at(a - b, min); }, A->data);
 }
@@ -96,6 +138,11 @@ void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B,
 // C may be A. Count A->dim.
 void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
                               qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   const qel_float* a = A->data;
   const qel_float* ceiling = B->data;
   qel_float* c = C->data;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "../utils/os_support.h"
+#include "detail/contract.hpp"
 #include "vector.h"
 
 namespace {
@@ -83,25 +84,56 @@ extern "C" {
 // reaches no output would be dead code.
 
 void qel_flt_vec_dump(const qel_flt_vec* m, int line_num) {
+  QEL_EXPECT(m != nullptr, "m is not null");
+  QEL_EXPECT(m->dim >= 0, "m->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(m, m->dim), "m has arrays");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
   dump_floats(m->data, m->dim, line_num);
 }
 
 void qel_flt_vec_dump2(const qel_flt_vec* m, int line_num, int /*Q*/) {
+  QEL_EXPECT(m != nullptr, "m is not null");
+  QEL_EXPECT(m->dim >= 0, "m->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(m, m->dim), "m has arrays");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
   dump_floats(m->data, m->dim, line_num);
 }
 
-void qel_fl_dump(const qel_float* m, int len, int line_num) { dump_floats(m, len, line_num); }
+void qel_fl_dump(const qel_float* m, int len, int line_num) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || m != nullptr, "m is not null");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
+  dump_floats(m, len, line_num);
+}
 
 void qel_fl_dump2(const qel_float* m, int len, int line_num, int /*Q*/) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || m != nullptr, "m is not null");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
   dump_floats(m, len, line_num);
 }
 
 void qel_short_dump(const short int* m, int len, int line_num) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || m != nullptr, "m is not null");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
   dump(len, line_num, [&](int i) { print("%d, ", static_cast<int>(m[i])); });
 }
 
-void qel_cpx_vec_dump(const qel_cpx_vec* m, int line_num) { dump_complex(m, line_num); }
+void qel_cpx_vec_dump(const qel_cpx_vec* m, int line_num) {
+  QEL_EXPECT(m != nullptr, "m is not null");
+  QEL_EXPECT(m->dim >= 0, "m->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(m, m->dim), "m has arrays");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
+  dump_complex(m, line_num);
+}
 
-void qel_cpx_vec_dump2(const qel_cpx_vec* m, int line_num, int /*Q*/) { dump_complex(m, line_num); }
+void qel_cpx_vec_dump2(const qel_cpx_vec* m, int line_num, int /*Q*/) {
+  QEL_EXPECT(m != nullptr, "m is not null");
+  QEL_EXPECT(m->dim >= 0, "m->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(m, m->dim), "m has arrays");
+  QEL_EXPECT(line_num != 0, "line_num != 0");
+  dump_complex(m, line_num);
+}
 
 }  // extern "C"

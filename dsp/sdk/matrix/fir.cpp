@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Block FIR filter over a caller-owned state buffer.
+#include "detail/fir_contract.hpp"
 #include "detail/fir_kernel.hpp"
 #include "vector.h"
 
@@ -14,6 +15,9 @@ extern "C" {
 // pSrc. Afterwards the last numTaps-1 samples of w become the history.
 void qel_flt_fir(const float* pSrc, float* pDst, float* pState, const float* pCoeffs, int numTaps,
                  int blockSize) {
+  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");
+  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
+  QEL_EXPECT_FIR_BUFFERS(blockSize, blockSize, blockSize);
   qel::detail::append(pSrc, pState + numTaps - 1, blockSize);
   qel::detail::fir_outputs<8, 1>(pState, pCoeffs, numTaps, blockSize, UnitStride{},
                                  [&](int n, float y) QEL_INLINE { pDst[n] = y; });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Frame buffers: a circular delay line with a gain per sample, and the
 // accumulation of a buffer into a frame through a window read backwards.
+#include "detail/contract.hpp"
 #include "detail/loops.hpp"
 #include "utils.h"
 #include "vector.h"
@@ -48,6 +49,19 @@ extern "C" {
 // pointer updates are shared by the group (groups of four left 8.1 per sample).
 void qel_fl_circular(qel_float* out, qel_float* delay, const qel_float* in, const qel_float* gain,
                      int delay_len, int delay_write_index, int in_len) {
+  QEL_EXPECT(in_len >= 0, "in_len >= 0");
+  QEL_EXPECT(delay_len >= 1, "delay_len >= 1");
+  QEL_EXPECT(delay_write_index >= 0 && delay_write_index < delay_len,
+             "0 <= delay_write_index < delay_len");
+  QEL_EXPECT(
+      in_len == 0 || (out != nullptr && delay != nullptr && in != nullptr && gain != nullptr),
+      "out, delay, in and gain are not null");
+  QEL_EXPECT(qel::detail::is_each_or_apart(in_len, out, in, gain),
+             "out is in or gain, or does not overlap them");
+  QEL_EXPECT(qel::detail::floats_disjoint(delay, delay_len, out, in_len) &&
+                 qel::detail::floats_disjoint(delay, delay_len, in, in_len) &&
+                 qel::detail::floats_disjoint(delay, delay_len, gain, in_len),
+             "delay does not overlap out, in or gain");
   int p = delay_write_index;
   int i = 0;
   while (i < in_len) {
@@ -72,6 +86,13 @@ void qel_fl_circular(qel_float* out, qel_float* delay, const qel_float* in, cons
 // independent, so groups of four give the bits of the plain loop. fft_data may
 // be buff; it must not overlap window.
 void qel_fl_maa(qel_float* fft_data, const qel_float* buff, const qel_float* window, int nfft) {
+  QEL_EXPECT(nfft >= 0, "nfft >= 0");
+  QEL_EXPECT(nfft == 0 || (fft_data != nullptr && buff != nullptr && window != nullptr),
+             "fft_data, buff and window are not null");
+  QEL_EXPECT(qel::detail::is_each_or_apart(nfft, fft_data, buff),
+             "fft_data is buff or does not overlap it");
+  QEL_EXPECT(qel::detail::floats_disjoint_from_window(fft_data, window, nfft),
+             "fft_data does not overlap window");
   const auto step = [&](int k) { fft_data[k] = fft_data[k] + buff[k] * window[-k]; };
 #if QEL_ARM_VFP
   qel_float* f = fft_data;

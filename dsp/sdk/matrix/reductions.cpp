@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "detail/blocks.hpp"
+#include "detail/contract.hpp"
 #include "detail/mac.hpp"
 #include "vector.h"
 
@@ -31,6 +32,9 @@ extern "C" {
 // are added to it one by one. The grouping fixes the rounding: 2^24, seven
 // zeros, 1, 1, six zeros gives 2^24 + 2 where a plain sum gives 2^24.
 qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(offset >= 0, "offset >= 0");
+  QEL_EXPECT(len == 0 || x != nullptr, "x is not null");
   const qel_float* p = x + offset;
   qel_float sum = 0.0f;
   for (int g = len / 8; g > 0; --g) {
@@ -43,10 +47,19 @@ qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
 }
 
 // qel_fl_sum(A->data, 0, A->dim).
-qel_float qel_flt_vec_sum(const qel_flt_vec* A) { return qel_fl_sum(A->data, 0, A->dim); }
+qel_float qel_flt_vec_sum(const qel_flt_vec* A) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, A->dim), "A has arrays");
+  return qel_fl_sum(A->data, 0, A->dim);
+}
 
 // qel_fl_sum(A->data, start, num); start and num are not checked against dim.
 qel_float qel_flt_vec_sum_part(const qel_flt_vec* A, int start, int num) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(num >= 0, "num >= 0");
+  QEL_EXPECT(start >= 0, "start >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, num), "A has arrays");
   return qel_fl_sum(A->data, start, num);
 }
 
@@ -54,6 +67,9 @@ qel_float qel_flt_vec_sum_part(const qel_flt_vec* A, int start, int num) {
 // sum of (x - avg)^2 in order, divided by n - 1. n = 1 gives 0 at once;
 // n = 0 gives 0 / -1 = -0 (the second pass never touches the mean).
 qel_float qel_flt_vec_var(const qel_flt_vec* A) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, A->dim), "A has arrays");
   const int n = A->dim;
   const qel_float* x = A->data;
   if (n == 1) return 0.0f;
@@ -74,6 +90,8 @@ qel_float qel_flt_vec_var(const qel_flt_vec* A) {
 // only for +0 (+0, not -0) and in a NaN's sign, and neither passes peak < t
 // since the peak never drops below +0.
 qel_float qel_fl_abs_max(const qel_float* x, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || x != nullptr, "x is not null");
   qel_float peak = 0.0f;
   for_each_value(x, len, [&](qel_float v) {
     const qel_float t = __builtin_fabsf(v);

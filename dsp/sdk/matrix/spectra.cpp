@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "detail/blocks.hpp"
+#include "detail/contract.hpp"
 #include "detail/mac.hpp"
 #include "vector.h"
 
@@ -143,12 +144,22 @@ extern "C" {
 // C = A * B: re = ar*br - ai*bi, im = ai*br + ar*bi. Count C->dim; C may be
 // A or B (or both: squaring in place).
 void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(C->dim >= 0, "C->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   complex_products<4>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
 }
 
 // C = A * conj(B): re = ar*br + ai*bi, im = ai*br - ar*bi (not conj(A)*B:
 // swapping A and B negates im). Count C->dim; C may be A or B.
 void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(C->dim >= 0, "C->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   complex_products<4>(A, B, C, C->dim, cpx_conj_product_re, cpx_conj_product_im);
 }
 
@@ -158,6 +169,11 @@ void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qe
 // read before C is written).
 void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B,
                                         qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   // C + (p + q) as one term: the bin's conjugate product is formed first.
   const auto add_re = [](qel_float c, qel_float xr, qel_float xi, qel_float yr, qel_float yi) {
     return c + cpx_conj_product_re(xr, xi, yr, yi);
@@ -189,6 +205,13 @@ void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec*
 // the whole imaginary pass C.im = A.im * b. Count C->dim; C may be A. The
 // second pass reads b again, so B->data must not be C->re.
 void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(C->dim >= 0, "C->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A), "C is A or does not overlap it");
+  QEL_EXPECT(qel::detail::floats_disjoint(B->data, C->re, C->dim) &&
+                 qel::detail::floats_disjoint(B->data, C->im, C->dim),
+             "B does not overlap C");
   const int n = C->dim;
   real_products(A->re, B->data, C->re, n);
   real_products(A->im, B->data, C->im, n);
@@ -196,6 +219,11 @@ void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel
 
 // C[k] = A[k] * B[k]; count A->dim; C may be A or B.
 void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   real_products(A->data, B->data, C->data, A->dim);
 }
 
@@ -203,6 +231,10 @@ void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt
 // bit patterns, so it is exact for every input: +0 becomes -0, a NaN keeps its
 // payload, and conjugating twice restores every bit. Count A->dim; B may be A.
 void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, B, A), "B is A or does not overlap it");
   constexpr uint32_t kSign = 0x80000000u;
   const int n = A->dim;
   for (int k = 0; k < n; ++k) {
@@ -221,11 +253,21 @@ void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B) {
 // is guarded. Count A->dim; C may be A or B.
 void qel_flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
                            qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   guarded_quotients(A->data, B->data, C->data, A->dim, [alpha](qel_float b) { return alpha + b; });
 }
 
 // C = A / B. Count A->dim; C may be A or B.
 void qel_flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   guarded_quotients(A->data, B->data, C->data, A->dim, [](qel_float b) { return b; });
 }
 
@@ -233,6 +275,13 @@ void qel_flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_fl
 // for both. In a group the four real parts are stored first, then the four
 // imaginary parts, after all loads. Count A->dim; C may be A.
 void qel_cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A), "C is A or does not overlap it");
+  QEL_EXPECT(qel::detail::floats_disjoint(B->data, C->re, A->dim) &&
+                 qel::detail::floats_disjoint(B->data, C->im, A->dim),
+             "B does not overlap C");
   const int n = A->dim;
   const qel_float *ar = A->re, *ai = A->im, *b = B->data;
   qel_float *cr = C->re, *ci = C->im;
@@ -255,6 +304,11 @@ void qel_cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qe
 // division. Each zero part divides by kEpsilon on its own, in every bin (no
 // tail form here). Count A->dim; C may be A or B.
 void qel_cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
+             "C is A or B, or does not overlap them");
   const auto over = [](qel_float a, qel_float d) { return a / guarded(d); };
   const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
   qel_float *cr = C->re, *ci = C->im;
@@ -277,6 +331,11 @@ void qel_cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cp
 // the same array as B a zero gives kEpsilon / kEpsilon = 1. Count len; C may be
 // A or B.
 void qel_fl_division(const qel_float* A, qel_float* B, qel_float* C, int len) {
+  QEL_EXPECT(len >= 0, "len >= 0");
+  QEL_EXPECT(len == 0 || (A != nullptr && B != nullptr && C != nullptr), "A, B and C are not null");
+  QEL_EXPECT(
+      qel::detail::is_each_or_apart(len, C, A, B) && qel::detail::is_each_or_apart(len, B, A),
+      "A, B and C are each the same array or do not overlap");
   for (int i = 0; i < len; ++i) {
     if (B[i] == 0.0f) B[i] = kEpsilon;
     C[i] = A[i] / B[i];
@@ -288,6 +347,12 @@ void qel_fl_division(const qel_float* A, qel_float* B, qel_float* C, int len) {
 // B[k] = re*re + im*im. Count A->dim; B->data may be A->re or A->im (a group's
 // loads come before its stores).
 void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->re, A->dim) &&
+                 qel::detail::same_or_apart(B->data, A->im, A->dim),
+             "B is A's re or im, or does not overlap them");
   const int n = A->dim;
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
@@ -302,6 +367,12 @@ void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
 // power, no rescaling, one qel_sqrtf call per bin in index order. Count A->dim;
 // B->data may be A->re or A->im (a group's loads come before its roots).
 void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->re, A->dim) &&
+                 qel::detail::same_or_apart(B->data, A->im, A->dim),
+             "B is A's re or im, or does not overlap them");
   const int n = A->dim;
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
@@ -315,11 +386,20 @@ void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
 
 // Sum of re*re + im*im over all A->dim bins; groups of four summed left to
 // right, each group total added to one running sum, the rest added one by one.
-qel_float qel_cpx_vec_power_sum(const qel_cpx_vec* A) { return power_sum(A->re, A->im, A->dim); }
+qel_float qel_cpx_vec_power_sum(const qel_cpx_vec* A) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, A->dim), "A has arrays");
+  return power_sum(A->re, A->im, A->dim);
+}
 
 // As qel_cpx_vec_power_sum over bins start..start+num-1, the groups counted
 // from start. A->dim is not read.
 qel_float qel_cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num) {
+  QEL_EXPECT(A != nullptr, "A is not null");
+  QEL_EXPECT(num >= 0, "num >= 0");
+  QEL_EXPECT(start >= 0, "start >= 0");
+  QEL_EXPECT(qel::detail::has_arrays(A, num), "A has arrays");
   return power_sum(A->re + start, A->im + start, num);
 }
 
@@ -328,6 +408,13 @@ qel_float qel_cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num) {
 // product formed in full and then added. Count A->dim.
 void qel_cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_float* re,
                                qel_float* im) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(re != nullptr && im != nullptr && re != im, "re and im are distinct, not null");
+  QEL_EXPECT(qel::detail::outside(re, A, A->dim) && qel::detail::outside(re, B, A->dim) &&
+                 qel::detail::outside(im, A, A->dim) && qel::detail::outside(im, B, A->dim),
+             "re and im point into neither A nor B");
   *im = 0.0f;
   *re = 0.0f;
   const int n = A->dim;
@@ -341,6 +428,10 @@ void qel_cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_f
 // A[j] = qel_powf(A[j], alpha * B[j]), one call per element in index order; a
 // NaN result is stored as +0, infinities pass. Count A->dim; B may be A.
 void qel_flt_vec_powf(qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha) {
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
+  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, A, B), "B is A or does not overlap it");
   const int n = A->dim;
   qel_float* a = A->data;
   const qel_float* b = B->data;

@@ -86,7 +86,7 @@ void qel_cpx_vec_scale2(const qel_cpx_vec* A, qel_float scale, qel_cpx_vec* B);
 void qel_flt_vec_scale(qel_flt_vec* A, qel_float scale);
 /* B = A * scale; count A->dim; in place: B=A. */
 void qel_flt_vec_scale2(const qel_flt_vec* A, qel_float scale, qel_flt_vec* B);
-/* A[i] *= v_scale[i]; count A->dim. */
+/* A[i] *= v_scale[i]; count A->dim; v_scale may be A. */
 void qel_flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale);
 /* A[i] += B[i] * scale, re then im per element; count A->dim; B may be A. */
 void qel_cpx_vec_pairwise_bias(qel_cpx_vec* A, const qel_cpx_vec* B, qel_float scale);
@@ -117,9 +117,9 @@ void qel_flt_vec_subtract(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_ve
 void qel_fl_add_max(const qel_float* A, const qel_float* B, qel_float* C, qel_float m, int len);
 /* C = A + B floored at min as qel_fl_add_max; count A->dim. */
 void qel_flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C, qel_float min);
-/* B[i] = (c > A[i]) ? c : A[i] (ties and NaNs keep A[i]); count len. */
+/* B[i] = (c > A[i]) ? c : A[i] (ties and NaNs keep A[i]); count len; B may be A. */
 void qel_fl_max(const qel_float* A, qel_float* B, qel_float c, int len);
-/* B[i] = A[i] - b, floored at min as qel_fl_max; count A->dim. */
+/* B[i] = A[i] - b, floored at min as qel_fl_max; count A->dim; B may be A. */
 void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B, qel_float min);
 /* C[i] = alpha - A[i] (stored), then lowered to B[i] if strictly greater;
    count A->dim; B sharing C's data gives no limit; C may be A. */
@@ -140,7 +140,7 @@ void qel_flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C)
 void qel_flt_vec_max_value(const qel_flt_vec* A, qel_float threshold, qel_flt_vec* B);
 /* If re^2 + im^2 < max_abs_value^2: A[i] = max_abs_value + 0i; count A->dim. */
 void qel_cpx_vec_max_value(qel_cpx_vec* A, qel_float max_abs_value);
-/* If A[i] > threshold: A[i] = threshold + (A[i] - threshold) * B[i]; count A->dim. */
+/* If A[i] > threshold: A[i] = threshold + (A[i] - threshold) * B[i]; count A->dim; B may be A. */
 void qel_flt_vec_smooth(qel_flt_vec* A, const qel_flt_vec* B, qel_float threshold);
 
 /* ---- Element-wise products ---- */

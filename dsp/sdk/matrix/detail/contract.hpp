@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "../vector.h"
+
 #if defined(QEL_CHECKED) && QEL_CHECKED
 
 namespace qel::detail {
@@ -35,6 +37,67 @@ inline bool disjoint(const void* a, size_t a_bytes, const void* b, size_t b_byte
 
 // Bytes of n floats (n may be a count the caller got wrong: never negative here).
 inline size_t float_bytes(int n) { return n > 0 ? static_cast<size_t>(n) * sizeof(float) : 0u; }
+
+// Bytes of n elements of p's type, never negative as above.
+template <typename T>
+inline size_t bytes(const T* /*p*/, int n) {
+  return n > 0 ? static_cast<size_t>(n) * sizeof(T) : 0u;
+}
+
+// The n floats at a and at b do not overlap; the same for a_n and b_n floats.
+inline bool floats_disjoint(const float* a, const float* b, int n) {
+  return disjoint(a, float_bytes(n), b, float_bytes(n));
+}
+inline bool floats_disjoint(const float* a, int a_n, const float* b, int b_n) {
+  return disjoint(a, float_bytes(a_n), b, float_bytes(b_n));
+}
+
+// The n floats at a do not overlap the n floats that end at last (a window
+// read backwards).
+inline bool floats_disjoint_from_window(const float* a, const float* last, int n) {
+  const size_t b = float_bytes(n);
+  if (b == 0) return true;
+  const auto pa = reinterpret_cast<uintptr_t>(a);
+  const auto window_end = reinterpret_cast<uintptr_t>(last + 1);
+  return pa + b <= window_end - b || window_end <= pa;
+}
+
+// A record serving n elements has its arrays; n <= 0 needs none.
+inline bool has_arrays(const qel_flt_vec* v, int n) { return n <= 0 || v->data != nullptr; }
+inline bool has_arrays(const qel_cpx_vec* v, int n) {
+  return n <= 0 || (v->re != nullptr && v->im != nullptr);
+}
+template <typename... V>
+inline bool have_arrays(int n, const V*... v) {
+  return (has_arrays(v, n) && ...);
+}
+
+// An output of n elements against one input: the very same array (in place)
+// or no overlap. A complex output's parts also lie apart from each other, and
+// each may be only the input's matching part: re over im is never in place.
+inline bool same_or_apart(const float* out, const float* in, int n) {
+  return same_or_disjoint(out, float_bytes(n), in, float_bytes(n));
+}
+inline bool same_or_apart(const qel_flt_vec* out, const qel_flt_vec* in, int n) {
+  return same_or_apart(out->data, in->data, n);
+}
+inline bool same_or_apart(const qel_cpx_vec* out, const qel_cpx_vec* in, int n) {
+  return floats_disjoint(out->re, out->im, n) && same_or_apart(out->re, in->re, n) &&
+         same_or_apart(out->im, in->im, n) && floats_disjoint(out->re, in->im, n) &&
+         floats_disjoint(out->im, in->re, n);
+}
+
+// The output is each of the inputs or lies apart from it.
+template <typename T, typename... In>
+inline bool is_each_or_apart(int n, const T* out, const In*... in) {
+  return (same_or_apart(out, in, n) && ...);
+}
+
+// The one float at p lies outside both parts of v's first n bins.
+inline bool outside(const float* p, const qel_cpx_vec* v, int n) {
+  return disjoint(p, sizeof *p, v->re, float_bytes(n)) &&
+         disjoint(p, sizeof *p, v->im, float_bytes(n));
+}
 
 }  // namespace qel::detail
 
