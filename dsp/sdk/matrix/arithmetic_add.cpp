@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// Addition and subtraction of vectors and arrays, with a scalar floor or a
+// per-element ceiling.
+#include "detail/elementwise.hpp"
+#include "vector.h"
+
+using qel::detail::map_grouped;
+
+namespace {
+
+constexpr int kAddGroup = 4;    // sums, differences, floored sums
+constexpr int kFloorGroup = 8;  // floors of one array
+
+// The floor rule: v is replaced only when the floor is strictly greater, so a
+// tie, a NaN value and a NaN floor all keep v (-0 stays -0 under +0).
+inline qel_float floor_at(qel_float v, qel_float floor) { return (floor > v) ? floor : v; }
+
+inline void subtract_arrays(const qel_float* a, const qel_float* b, qel_float* c, int len) {
+  map_grouped<kAddGroup>(len, c, [](qel_float x, qel_float y) { return x - y; }, a, b);
+}
+
+}  // namespace
+
+extern "C" {
+
+// C[i] = A[i] + B[i]; count len; C may be A or B.
+void qel_fl_add(const qel_float* A, const qel_float* B, qel_float* C, int len) {
+  map_grouped<kAddGroup>(len, C, [](qel_float a, qel_float b) { return a + b; }, A, B);
+}
+
+// C = A + B; count A->dim; C may be A or B.
+void qel_flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  qel_fl_add(A->data, B->data, C->data, A->dim);
+}
+
+// C = A + B per part, re and im alternating a group at a time; count A->dim;
+// C may be A or B.
+void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  const int n = A->dim;
+  for (int i = 0; i < n; i += kAddGroup) {
+    const int m = (n - i < kAddGroup) ? n - i : kAddGroup;
+    qel_fl_add(A->re + i, B->re + i, C->re + i, m);
+    qel_fl_add(A->im + i, B->im + i, C->im + i, m);
+  }
+}
+
+// A[i] += b; count A->dim.
+void qel_flt_vec_add_flt(qel_flt_vec* A, qel_float b) {
+  map_grouped<kAddGroup>(A->dim, A->data, [b](qel_float a) { return a + b; }, A->data);
+}
+
+// C = A - B per part, the whole re array before the im array; count A->dim;
+// C may be A or B.
+void qel_cpx_vec_subtract(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  subtract_arrays(A->re, B->re, C->re, A->dim);
+  subtract_arrays(A->im, B->im, C->im, A->dim);
+}
+
+// C = A - B; count A->dim; C may be A or B.
+void qel_flt_vec_subtract(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  subtract_arrays(A->data, B->data, C->data, A->dim);
+}
+
+// s = A[i] + B[i]; C[i] = (m > s) ? m : s: ties, a NaN sum and a NaN m keep
+// s. Count len; C may be A or B.
+void qel_fl_add_max(const qel_float* A, const qel_float* B, qel_float* C, qel_float m, int len) {
+  map_grouped<kAddGroup>(
+      len, C, [m](qel_float a, qel_float b) { return floor_at(a + b, m); }, A, B);
+}
+
+// C = A + B floored at min, as qel_fl_add_max; count A->dim.
+void qel_flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C,
+                         qel_float min) {
+  qel_fl_add_max(A->data, B->data, C->data, min, A->dim);
+}
+
+// B[i] = (c > A[i]) ? c : A[i]: ties, a NaN element and a NaN c keep A[i].
+// Count len; A is only read.
+void qel_fl_max(const qel_float* A, qel_float* B, qel_float c, int len) {
+  map_grouped<kFloorGroup>(len, B, [c](qel_float a) { return floor_at(a, c); }, A);
+}
+
+// B[i] = A[i] - b, floored at min as qel_fl_max; count A->dim.
+void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B, qel_float min) {
+  map_grouped<kFloorGroup>(
+      A->dim, B->data, [b, min](qel_float a) { return floor_at(a - b, min); }, A->data);
+}
+
+// C[i] = alpha - A[i] is stored, then C[i] and B[i] are read again and C[i]
+// lowered to B[i] when strictly greater: a tie, a NaN difference and a NaN
+// ceiling keep the difference. A B sharing C's data therefore limits nothing;
+// C may be A. Count A->dim.
+void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
+                              qel_flt_vec* C) {
+  const qel_float* a = A->data;
+  const qel_float* ceiling = B->data;
+  qel_float* c = C->data;
+  for (int i = 0; i < A->dim; ++i) {
+    c[i] = alpha - a[i];
+    if (c[i] > ceiling[i]) c[i] = ceiling[i];
+  }
+}
+
+}  // extern "C"

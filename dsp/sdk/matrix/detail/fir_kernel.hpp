@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+// Inner loops shared by the block FIR, the decimator and the interpolator.
+//
+// Every filter here works on a window sequence w in the caller's state buffer
+// and computes outputs y = sum over k ascending of c[k] * w[start + k], one
+// accumulator per output starting at 0.0f. The speed-ups below only change how
+// often a sample or a coefficient is loaded, never the order of additions, so
+// every output has the bits of the one-output-at-a-time loop.
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "detail/mac.hpp"
+#include "utils.h"
+
+// Lambdas of the unrolled loops must be inlined like the functions around
+// them, or the window ring would go through memory.
+#define QEL_INLINE __attribute__((always_inline))
+
+namespace qel::detail {
+
+// A stride known at compile time (1) or at run time (an int): loads at
+// compile-time strides fold into immediate offsets.
+using UnitStride = std::integral_constant<int, 1>;
+
+// Calls f.operator()<i>() for i = 0..N-1 in order, unrolled.
+template <int N, typename F>
+[[gnu::always_inline]] inline void unroll(F&& f) {
+  [&]<int... i>(std::integer_sequence<int, i...>) QEL_INLINE { (f.template operator()<i>(), ...); }
+  (std::make_integer_sequence<int, N>{});
+}
+
+// One output over taps ascending: the plain formula, used for the outputs
+// left over after the groups.
+template <typename S>
+[[gnu::always_inline]] inline float fir_dot(const float* w, const float* c, int taps, S s) {
+  float acc = 0.0f;
+  for (int k = 0; k < taps; ++k) acc = mac(acc, c[k * s], w[k * s]);
+  return acc;
+}
+
+// G outputs at once: y[g] = sum over k < taps of c[k*s] * w[(g*D + k)*s].
+//
+// At tap k output g reads sample t = g*D + k, so the G outputs of one tap need
+// samples k, k+D, ..., k+(G-1)*D. Those live in a ring of R = D*(G-1)+1
+// registers: each tap loads one coefficient and one new sample (t = k+R-1,
+// into the slot of sample k-1, which no output needs any more) and feeds all
+// G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
+// register; the last taps mod R load their G samples directly, so the ring
+// need not outlive the loop.
+template <int G, int D, typename S>
+[[gnu::always_inline]] inline void fir_group(const float* w, const float* c, int taps, S s,
+                                             float (&y)[G]) {
+  constexpr int R = D * (G - 1) + 1;
+  float x[R];
+  unroll<R - 1>([&]<int t>() QEL_INLINE { x[t] = w[t * s]; });
+  unroll<G>([&]<int g>() QEL_INLINE { y[g] = 0.0f; });
+  auto tap = [&]<int j>(const float* wk, const float* ck) QEL_INLINE {
+    x[(j + R - 1) % R] = wk[(j + R - 1) * s];
+    const float cj = ck[j * s];
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = mac(y[g], cj, x[(j + g * D) % R]); });
+  };
+  int k = 0;
+  for (; k + R <= taps; k += R) {
+    const float* wk = w + k * s;
+    const float* ck = c + k * s;
+    unroll<R>([&]<int j>() QEL_INLINE { tap.template operator()<j>(wk, ck); });
+  }
+  for (; k < taps; ++k) {
+    const float ck = c[k * s];
+    unroll<G>([&]<int g>() QEL_INLINE { y[g] = mac(y[g], ck, w[(g * D + k) * s]); });
+  }
+}
+
+// count outputs, output n taking its window at w + n*D*s: groups of G, then
+// the rest one at a time. store(n, y) receives them in ascending n.
+template <int G, int D, typename S, typename Store>
+[[gnu::always_inline]] inline void fir_outputs(const float* w, const float* c, int taps, int count,
+                                               S s, Store&& store) {
+  int n = 0;
+  for (; n + G <= count; n += G) {
+    float y[G];
+    fir_group<G, D>(w + n * D * s, c, taps, s, y);
+    unroll<G>([&]<int g>() QEL_INLINE { store(n + g, y[g]); });
+  }
+  for (; n < count; ++n) store(n, fir_dot(w + n * D * s, c, taps, s));
+}
+
+// Copies the first n entries of src into the state, each as a float.
+template <typename T>
+[[gnu::always_inline]] inline void append(const T* src, float* dst, int n) {
+  int i = 0;
+  for (; i + 4 <= n; i += 4) {
+    const float a = static_cast<float>(src[i]), b = static_cast<float>(src[i + 1]);
+    const float c = static_cast<float>(src[i + 2]), d = static_cast<float>(src[i + 3]);
+    dst[i] = a;
+    dst[i + 1] = b;
+    dst[i + 2] = c;
+    dst[i + 3] = d;
+  }
+  for (; i < n; ++i) dst[i] = static_cast<float>(src[i]);
+}
+
+// History move: pState[j] = pState[appended + j] for j = 0..numTaps-2,
+// ascending. The source lies above the destination, so reading four before
+// writing four gives the element-by-element result even when they overlap.
+inline void move_history(float* pState, int appended, int numTaps) {
+  const float* src = pState + appended;
+  const int n = numTaps - 1;
+  int j = 0;
+  for (; j + 4 <= n; j += 4) {
+    const float a = src[j], b = src[j + 1], c = src[j + 2], d = src[j + 3];
+    pState[j] = a;
+    pState[j + 1] = b;
+    pState[j + 2] = c;
+    pState[j + 3] = d;
+  }
+  for (; j < n; ++j) pState[j] = src[j];
+}
+
+// Output stores: the float forms store y, the 16-bit forms saturate and truncate.
+inline void store_output(float* p, float y) { *p = y; }
+inline void store_output(int16* p, float y) { *p = float_to_int16(y); }
+
+}  // namespace qel::detail

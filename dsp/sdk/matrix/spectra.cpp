@@ -1,0 +1,324 @@
+// SPDX-License-Identifier: MIT
+// Complex spectra bin by bin: products and conjugation, guarded division,
+// power, magnitude, power sums, the sum of products and a power law.
+#include <cstdint>
+#include <cstring>
+
+#include "detail/blocks.hpp"
+#include "vector.h"
+
+namespace {
+
+using qel::detail::Block;
+using qel::detail::lanes;
+
+// ---- Products ----
+// The per-bin complex formulas, each written once in the operand order that
+// fixes its rounding. Function objects, so a loop helper inlines them.
+
+// |a|^2 = re*re + im*im in single precision: the library's measure of a bin.
+constexpr auto cpx_power = [](qel_float re, qel_float im) { return re * re + im * im; };
+
+// a*b = (ar*br - ai*bi) + i(ai*br + ar*bi).
+constexpr auto cpx_product_re = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
+  return ar * br - ai * bi;
+};
+constexpr auto cpx_product_im = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
+  return ai * br + ar * bi;
+};
+
+// a*conj(b) = (ar*br + ai*bi) + i(ai*br - ar*bi): the conjugate is on b.
+constexpr auto cpx_conj_product_re = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
+  return ar * br + ai * bi;
+};
+constexpr auto cpx_conj_product_im = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
+  return ai * br - ar * bi;
+};
+
+// C = f(A, B) bin by bin, G bins per step: a step loads all of its inputs
+// before it stores anything, and a bin reads and writes only its own index, so
+// C may be A or B. The n mod G last bins go one by one through the same formulas.
+template <int G, typename Re, typename Im>
+void complex_products(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C, int n, Re re,
+                      Im im) {
+  const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
+  qel_float *cr = C->re, *ci = C->im;
+  for (int g = n / G; g > 0; --g) {
+    auto xr = Block<G, 0>::load(ar), xi = Block<G, 1>::load(ai);
+    auto yr = Block<G, 2>::load(br), yi = Block<G, 3>::load(bi);
+    Block<G, 0>::store(cr, lanes<G>(re, xr, xi, yr, yi));
+    Block<G, 1>::store(ci, lanes<G>(im, xr, xi, yr, yi));
+  }
+  for (int k = n % G; k > 0; --k) {
+    const qel_float xr = *ar++, xi = *ai++, yr = *br++, yi = *bi++;
+    *cr++ = re(xr, xi, yr, yi);
+    *ci++ = im(xr, xi, yr, yi);
+  }
+}
+
+// c[k] = a[k] * b[k], four per step, loads before stores: c may be a or b.
+void real_products(const qel_float* a, const qel_float* b, qel_float* c, int n) {
+  const auto times = [](qel_float x, qel_float y) { return x * y; };
+  for (int g = n / 4; g > 0; --g) {
+    auto x = Block<4, 0>::load(a), y = Block<4, 1>::load(b);
+    Block<4, 0>::store(c, lanes<4>(times, x, y));
+  }
+  for (int k = n % 4; k > 0; --k) *c++ = times(*a++, *b++);
+}
+
+// ---- Division ----
+
+// A denominator is zero when it compares equal to zero: +0 and -0, never a NaN
+// or a subnormal. The grouped kernels guard it in two forms: inside a full group
+// of four the zero becomes kEpsilon and the numerator is divided by it; in the
+// n mod 4 tail the numerator is multiplied by 1e8 instead. The two are not the
+// same computation (1.3f / kEpsilon = 130000000, 1.3f * 1e8f = 129999992), so a
+// guarded result depends on whether its element sits in the tail.
+constexpr qel_float kEpsilon = 1e-8f;            // the float nearest 1e-8
+constexpr qel_float kInvEpsilon = 100000000.0f;  // 1e8, exact in single precision
+
+// The guard is positive whatever the zero's sign: the result keeps the
+// numerator's sign.
+constexpr auto guarded = [](qel_float d) { return (d == 0.0f) ? kEpsilon : d; };
+
+// a / d in the tail form of the guard.
+constexpr auto tail_quotient = [](qel_float a, qel_float d) {
+  return (d == 0.0f) ? a * kInvEpsilon : a / d;
+};
+
+// c[k] = a[k] / den(b[k]), guarded in the grouped and tail forms. All loads of
+// a group come before its stores, so c may be a or b.
+template <typename Den>
+void guarded_quotients(const qel_float* a, const qel_float* b, qel_float* c, int n, Den den) {
+  const auto quotient = [&](qel_float x, qel_float y) { return x / guarded(den(y)); };
+  for (int g = n / 4; g > 0; --g) {
+    auto x = Block<4, 0>::load(a), y = Block<4, 1>::load(b);
+    Block<4, 0>::store(c, lanes<4>(quotient, x, y));
+  }
+  for (int k = n % 4; k > 0; --k) {
+    const qel_float x = *a++;
+    *c++ = tail_quotient(x, den(*b++));
+  }
+}
+
+// ---- Power ----
+
+// ((p0 + p1) + p2) + p3 of the next four bins, which it steps over. Bank picks
+// the registers of its loads (see Block), so two calls in one loop step can
+// load into distinct registers.
+template <int Bank>
+[[gnu::always_inline]] inline qel_float group_power(const qel_float*& re, const qel_float*& im) {
+  auto x = Block<4, Bank>::load(re), y = Block<4, Bank + 1>::load(im);
+  auto p = lanes<4>(cpx_power, x, y);
+  return ((std::get<0>(p) + std::get<1>(p)) + std::get<2>(p)) + std::get<3>(p);
+}
+
+// The power sum over n bins from re/im: each full group of four is reduced to
+// its own total, left to right, and that total added to the one running sum;
+// the n mod 4 last powers are then added one by one. Two groups per loop step
+// halve the loop's own instructions; every group still meets the sum in order.
+qel_float power_sum(const qel_float* re, const qel_float* im, int n) {
+  qel_float sum = 0.0f;
+  const int groups = n / 4;
+  for (int g = groups / 2; g > 0; --g) {
+    sum = sum + group_power<0>(re, im);
+    sum = sum + group_power<2>(re, im);
+  }
+  if (groups % 2 > 0) sum = sum + group_power<0>(re, im);
+  for (int k = n % 4; k > 0; --k) sum = sum + cpx_power(*re++, *im++);
+  return sum;
+}
+
+}  // namespace
+
+extern "C" {
+
+// ---- Products ----
+
+// C = A * B: re = ar*br - ai*bi, im = ai*br + ar*bi. Count C->dim; C may be
+// A or B (or both: squaring in place).
+void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  complex_products<2>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
+}
+
+// C = A * conj(B): re = ar*br + ai*bi, im = ai*br - ar*bi (not conj(A)*B:
+// swapping A and B negates im). Count C->dim; C may be A or B.
+void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  complex_products<4>(A, B, C, C->dim, cpx_conj_product_re, cpx_conj_product_im);
+}
+
+// C += A * conj(B): C.re = C.re + (ar*br + ai*bi), C.im = C.im + (ai*br - ar*bi);
+// the product is one term added to C, not two added in turn. Count A->dim;
+// C's old contents are the start; C may be A or B (a bin's inputs are all
+// read before C is written).
+void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B,
+                                        qel_cpx_vec* C) {
+  const int n = A->dim;
+  const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
+  qel_float *cr = C->re, *ci = C->im;
+  for (int k = 0; k < n; ++k) {
+    const qel_float xr = ar[k], xi = ai[k], yr = br[k], yi = bi[k];
+    const qel_float p = cpx_conj_product_re(xr, xi, yr, yi);
+    const qel_float q = cpx_conj_product_im(xr, xi, yr, yi);
+    cr[k] = cr[k] + p;
+    ci[k] = ci[k] + q;
+  }
+}
+
+// C = A * b (a real gain per bin): the whole real pass C.re = A.re * b, then
+// the whole imaginary pass C.im = A.im * b. Count C->dim; C may be A. The
+// second pass reads b again, so B->data must not be C->re.
+void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C) {
+  const int n = C->dim;
+  real_products(A->re, B->data, C->re, n);
+  real_products(A->im, B->data, C->im, n);
+}
+
+// C[k] = A[k] * B[k]; count A->dim; C may be A or B.
+void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  real_products(A->data, B->data, C->data, A->dim);
+}
+
+// B = conj(A): re copied bit for bit, im with its sign bit flipped. Done on the
+// bit patterns, so it is exact for every input: +0 becomes -0, a NaN keeps its
+// payload, and conjugating twice restores every bit. Count A->dim; B may be A.
+void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B) {
+  constexpr uint32_t kSign = 0x80000000u;
+  const int n = A->dim;
+  for (int k = 0; k < n; ++k) {
+    uint32_t re, im;
+    std::memcpy(&re, A->re + k, sizeof re);
+    std::memcpy(&im, A->im + k, sizeof im);
+    im ^= kSign;
+    std::memcpy(B->re + k, &re, sizeof re);
+    std::memcpy(B->im + k, &im, sizeof im);
+  }
+}
+
+// ---- Division ----
+
+// C = A / (alpha + B). The zero test is on the sum: alpha = -B[k] gives +0 and
+// is guarded. Count A->dim; C may be A or B.
+void qel_flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
+                           qel_flt_vec* C) {
+  guarded_quotients(A->data, B->data, C->data, A->dim, [alpha](qel_float b) { return alpha + b; });
+}
+
+// C = A / B. Count A->dim; C may be A or B.
+void qel_flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  guarded_quotients(A->data, B->data, C->data, A->dim, [](qel_float b) { return b; });
+}
+
+// C = A / B with one real denominator for both parts, guarded in the same form
+// for both. In a group the four real parts are stored first, then the four
+// imaginary parts, after all loads. Count A->dim; C may be A.
+void qel_cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C) {
+  const int n = A->dim;
+  const qel_float *ar = A->re, *ai = A->im, *b = B->data;
+  qel_float *cr = C->re, *ci = C->im;
+  const auto over = [](qel_float x, qel_float d) { return x / d; };
+  for (int g = n / 4; g > 0; --g) {
+    auto xr = Block<4, 0>::load(ar), xi = Block<4, 1>::load(ai);
+    auto d = Block<4, 2>::load(b);
+    d = lanes<4>(guarded, d);
+    Block<4, 0>::store(cr, lanes<4>(over, xr, d));
+    Block<4, 1>::store(ci, lanes<4>(over, xi, d));
+  }
+  for (int k = n % 4; k > 0; --k) {
+    const qel_float xr = *ar++, xi = *ai++, d = *b++;
+    *cr++ = tail_quotient(xr, d);
+    *ci++ = tail_quotient(xi, d);
+  }
+}
+
+// C.re = A.re / B.re and C.im = A.im / B.im: part by part, not a complex
+// division. Each zero part divides by kEpsilon on its own; no tail form here.
+// Bin by bin, the real part read, divided and stored before the imaginary part.
+// Count A->dim; C may be A or B.
+void qel_cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  const int n = A->dim;
+  for (int k = 0; k < n; ++k) {
+    C->re[k] = A->re[k] / guarded(B->re[k]);
+    C->im[k] = A->im[k] / guarded(B->im[k]);
+  }
+}
+
+// C[i] = A[i] / B[i], where a zero B[i] is first overwritten with kEpsilon in
+// B itself: B is an output too. The write comes before A[i] is read, so with A
+// the same array as B a zero gives kEpsilon / kEpsilon = 1. Count len; C may be
+// A or B.
+void qel_fl_division(const qel_float* A, qel_float* B, qel_float* C, int len) {
+  for (int i = 0; i < len; ++i) {
+    if (B[i] == 0.0f) B[i] = kEpsilon;
+    C[i] = A[i] / B[i];
+  }
+}
+
+// ---- Magnitude and power ----
+
+// B[k] = re*re + im*im. Count A->dim; B->data may be A->re or A->im (a group's
+// loads come before its stores).
+void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
+  const int n = A->dim;
+  const qel_float *re = A->re, *im = A->im;
+  qel_float* b = B->data;
+  for (int g = n / 4; g > 0; --g) {
+    auto x = Block<4, 0>::load(re), y = Block<4, 1>::load(im);
+    Block<4, 0>::store(b, lanes<4>(cpx_power, x, y));
+  }
+  for (int k = n % 4; k > 0; --k) *b++ = cpx_power(*re++, *im++);
+}
+
+// B[k] = qel_sqrtf(re*re + im*im): the plain root of the single-precision
+// power, no rescaling, one qel_sqrtf call per bin in index order. Count A->dim;
+// B->data may be A->re or A->im (a group's loads come before its roots).
+void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
+  const int n = A->dim;
+  const qel_float *re = A->re, *im = A->im;
+  qel_float* b = B->data;
+  for (int g = n / 4; g > 0; --g) {
+    auto [x, y] = qel::detail::load_saved_pair(re, im);
+    qel::detail::each_lane<4>(
+        [&](auto j) { *b++ = qel_sqrtf(cpx_power(std::get<j>(x), std::get<j>(y))); });
+  }
+  for (int k = n % 4; k > 0; --k) *b++ = qel_sqrtf(cpx_power(*re++, *im++));
+}
+
+// Sum of re*re + im*im over all A->dim bins; groups of four summed left to
+// right, each group total added to one running sum, the rest added one by one.
+qel_float qel_cpx_vec_power_sum(const qel_cpx_vec* A) { return power_sum(A->re, A->im, A->dim); }
+
+// As qel_cpx_vec_power_sum over bins start..start+num-1, the groups counted
+// from start. A->dim is not read.
+qel_float qel_cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num) {
+  return power_sum(A->re + start, A->im + start, num);
+}
+
+// *re + i*(*im) = sum over k of A[k]*B[k], no conjugate. Both outputs are set
+// to +0 first (an empty A gives 0 + 0i) and hold the running sums, each bin's
+// product formed in full and then added. Count A->dim.
+void qel_cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_float* re,
+                               qel_float* im) {
+  *im = 0.0f;
+  *re = 0.0f;
+  const int n = A->dim;
+  for (int k = 0; k < n; ++k) {
+    const qel_float ar = A->re[k], ai = A->im[k], br = B->re[k], bi = B->im[k];
+    *re = *re + cpx_product_re(ar, ai, br, bi);
+    *im = *im + cpx_product_im(ar, ai, br, bi);
+  }
+}
+
+// A[j] = qel_powf(A[j], alpha * B[j]), one call per element in index order; a
+// NaN result is stored as +0, infinities pass. Count A->dim; B may be A.
+void qel_flt_vec_powf(qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha) {
+  const int n = A->dim;
+  qel_float* a = A->data;
+  const qel_float* b = B->data;
+  for (int j = 0; j < n; ++j) {
+    const qel_float t = qel_powf(a[j], alpha * b[j]);
+    a[j] = (t != t) ? 0.0f : t;
+  }
+}
+
+}  // extern "C"

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include "ref/arithmetic_ref.h"
+
+namespace qel::ref {
+
+// ---- Scaling and affine updates ----
+
+void fl_mul_scale(float* y, const float* x, float gain, int len) {
+  for (int i = 0; i < len; ++i) y[i] = x[i] * gain;
+}
+
+void cpx_vec_scale(qel_cpx_vec* A, float scale) {
+  for (int i = 0; i < A->dim; ++i) A->re[i] = A->re[i] * scale;
+  for (int i = 0; i < A->dim; ++i) A->im[i] = A->im[i] * scale;
+}
+
+void cpx_vec_scale2(const qel_cpx_vec* A, float scale, qel_cpx_vec* B) {
+  for (int i = 0; i < A->dim; ++i) B->re[i] = A->re[i] * scale;
+  for (int i = 0; i < A->dim; ++i) B->im[i] = A->im[i] * scale;
+}
+
+void flt_vec_scale(qel_flt_vec* A, float scale) {
+  for (int i = 0; i < A->dim; ++i) A->data[i] = A->data[i] * scale;
+}
+
+void flt_vec_scale2(const qel_flt_vec* A, float scale, qel_flt_vec* B) {
+  for (int i = 0; i < A->dim; ++i) B->data[i] = A->data[i] * scale;
+}
+
+void flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale) {
+  for (int i = 0; i < A->dim; ++i) A->data[i] = A->data[i] * v_scale->data[i];
+}
+
+void cpx_vec_pairwise_bias(qel_cpx_vec* A, const qel_cpx_vec* B, float scale) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float b_re = B->re[i];
+    A->re[i] = A->re[i] + b_re * scale;
+    const float b_im = B->im[i];
+    A->im[i] = A->im[i] + b_im * scale;
+  }
+}
+
+void flt_vec_pairwise_bias(qel_flt_vec* A, const qel_flt_vec* B, float scale) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float b = B->data[i];
+    const float a = A->data[i];
+    A->data[i] = a + b * scale;
+  }
+}
+
+void cpx_vec_scale_add(qel_cpx_vec* A, float scale, const qel_cpx_vec* B) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float a_re = A->re[i], b_re = B->re[i];
+    A->re[i] = a_re * scale + b_re;
+    const float a_im = A->im[i], b_im = B->im[i];
+    A->im[i] = a_im * scale + b_im;
+  }
+}
+
+void flt_vec_scale_add(qel_flt_vec* A, float scale, const qel_flt_vec* B) {
+  for (int i = 0; i < A->dim; ++i) {
+    A->data[i] = A->data[i] * scale;  // stored before B is read
+    const float b = B->data[i];
+    A->data[i] = A->data[i] + b;
+  }
+}
+
+void fl_mul_step(float* y, const float* x, float gain, float step, int len) {
+  float g = gain;
+  for (int i = 0; i < len; ++i) {
+    y[i] = x[i] * g;
+    g = g + step;
+  }
+}
+
+// ---- Addition and subtraction with floors ----
+
+namespace {
+// Raised to the floor only when the floor is strictly greater.
+float floored(float v, float floor) {
+  if (floor > v) return floor;
+  return v;
+}
+}  // namespace
+
+void fl_add(const float* A, const float* B, float* C, int len) {
+  for (int i = 0; i < len; ++i) C[i] = A[i] + B[i];
+}
+
+void flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  for (int i = 0; i < A->dim; ++i) C->data[i] = A->data[i] + B->data[i];
+}
+
+void cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    C->re[i] = A->re[i] + B->re[i];
+    C->im[i] = A->im[i] + B->im[i];
+  }
+}
+
+void flt_vec_add_flt(qel_flt_vec* A, float b) {
+  for (int i = 0; i < A->dim; ++i) A->data[i] = A->data[i] + b;
+}
+
+void cpx_vec_subtract(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  for (int i = 0; i < A->dim; ++i) C->re[i] = A->re[i] - B->re[i];
+  for (int i = 0; i < A->dim; ++i) C->im[i] = A->im[i] - B->im[i];
+}
+
+void flt_vec_subtract(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  for (int i = 0; i < A->dim; ++i) C->data[i] = A->data[i] - B->data[i];
+}
+
+void fl_add_max(const float* A, const float* B, float* C, float m, int len) {
+  for (int i = 0; i < len; ++i) C[i] = floored(A[i] + B[i], m);
+}
+
+void flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C, float min) {
+  for (int i = 0; i < A->dim; ++i) C->data[i] = floored(A->data[i] + B->data[i], min);
+}
+
+void fl_max(const float* A, float* B, float c, int len) {
+  for (int i = 0; i < len; ++i) B[i] = floored(A[i], c);
+}
+
+void flt_vec_subtract_max(const qel_flt_vec* A, float b, qel_flt_vec* B, float min) {
+  for (int i = 0; i < A->dim; ++i) B->data[i] = floored(A->data[i] - b, min);
+}
+
+void flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, float alpha,
+                          qel_flt_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    C->data[i] = alpha - A->data[i];
+    if (C->data[i] > B->data[i]) C->data[i] = B->data[i];
+  }
+}
+
+// ---- Minimum, maximum and clipping ----
+
+void cpx_vec_min(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float ar = A->re[i], ai = A->im[i], br = B->re[i], bi = B->im[i];
+    const float pow_a = ar * ar + ai * ai;
+    const float pow_b = br * br + bi * bi;
+    if (pow_a < pow_b) {
+      C->re[i] = ar;
+      C->im[i] = ai;
+    } else {
+      C->re[i] = br;
+      C->im[i] = bi;
+    }
+  }
+}
+
+void cpx_vec_max(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float ar = A->re[i], ai = A->im[i], br = B->re[i], bi = B->im[i];
+    const float pow_a = ar * ar + ai * ai;
+    const float pow_b = br * br + bi * bi;
+    if (pow_a > pow_b) {
+      C->re[i] = ar;
+      C->im[i] = ai;
+    } else {
+      C->re[i] = br;
+      C->im[i] = bi;
+    }
+  }
+}
+
+void flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float a = A->data[i], b = B->data[i];
+    C->data[i] = (a < b) ? a : b;
+  }
+}
+
+void flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
+  for (int i = 0; i < A->dim; ++i) {
+    const float a = A->data[i], b = B->data[i];
+    C->data[i] = (a > b) ? a : b;
+  }
+}
+
+void flt_vec_max_value(const qel_flt_vec* A, float threshold, qel_flt_vec* B) {
+  for (int i = 0; i < A->dim; ++i) {
+    if (A->data[i] > threshold) {
+      B->data[i] = A->data[i];
+    } else {
+      B->data[i] = threshold;
+    }
+  }
+}
+
+void cpx_vec_max_value(qel_cpx_vec* A, float max_abs_value) {
+  const float t = max_abs_value * max_abs_value;
+  for (int i = 0; i < A->dim; ++i) {
+    const float p = A->re[i] * A->re[i] + A->im[i] * A->im[i];
+    if (p < t) {
+      A->re[i] = max_abs_value;
+      A->im[i] = 0.0f;
+    }
+  }
+}
+
+void flt_vec_smooth(qel_flt_vec* A, const qel_flt_vec* B, float threshold) {
+  for (int i = 0; i < A->dim; ++i) {
+    if (A->data[i] > threshold) A->data[i] = threshold + (A->data[i] - threshold) * B->data[i];
+  }
+}
+
+}  // namespace qel::ref
