@@ -137,6 +137,40 @@ Array<T> detach(const Array<T>& in, const py::array& out, bool in_place_ok) {
   return Array<T>(in.size(), in.data());  // no base object: pybind11 copies
 }
 
+Array<float> start_from(const Array<float>& a, py::handle out, const std::string& what) {
+  auto y = output<float>(out, a.size(), what);
+  if (!same_memory(a, y)) {
+    const auto src = detach(a, y, false);
+    std::memcpy(y.mutable_data(), src.data(), static_cast<size_t>(src.nbytes()));
+  }
+  return y;
+}
+
+Array<cfloat> joined(const Split& s, py::handle out, const std::string& what) {
+  auto y = output<cfloat>(out, static_cast<py::ssize_t>(s.re.size()), what);
+  s.join_into(y);
+  return y;
+}
+
+bool is_scalar(py::handle obj) {
+  if (py::isinstance<py::array>(obj)) return py::reinterpret_borrow<py::array>(obj).ndim() == 0;
+  return !py::isinstance<py::sequence>(obj) && PyNumber_Check(obj.ptr());
+}
+
+py::object float32_scalar(float v) {
+  Array<float> a(1, &v);
+  return a[py::int_(0)];
+}
+
+py::object complex64_scalar(float re, float im) {
+  Split s(1);
+  s.re[0] = re;
+  s.im[0] = im;
+  Array<cfloat> a(1);
+  s.join_into(a);
+  return a[py::int_(0)];
+}
+
 Split::Split(const Array<cfloat>& z) : Split(z.size()) {
   // std::complex<float> is laid out as float[2]: re, im.
   const auto* p = reinterpret_cast<const float*>(z.data());

@@ -66,6 +66,21 @@ bool same_memory(const py::array& a, const py::array& b);
 template <typename T>
 Array<T> detach(const Array<T>& in, const py::array& out, bool in_place_ok);
 
+// The output of a library function that updates its first argument in place:
+// `out` (or a new array) holding a copy of `a`, or `a` itself when out is a.
+Array<float> start_from(const Array<float>& a, py::handle out, const std::string& what);
+
+// A complex result joined into `out` (or a new complex64 array).
+struct Split;
+Array<cfloat> joined(const Split& s, py::handle out, const std::string& what);
+
+// True for a Python or NumPy scalar, as opposed to an array or a sequence.
+bool is_scalar(py::handle obj);
+
+// A NumPy float32 / complex64 scalar holding exactly the library's result.
+py::object float32_scalar(float v);
+py::object complex64_scalar(float re, float im);
+
 // A real array handed to the library as a caller-built record.
 template <typename T>
 qel_flt_vec record(Array<T>& a) {
