@@ -110,8 +110,9 @@ array([1.  , 0.75, 0.5 , 0.25], dtype=float32)
           return joined(p.a, out, "add_scaled: out");
         }
         RealPair p(a, b, "add_scaled", copy);
-        auto y = start_from(p.a, out, "add_scaled: out");
-        p.b = detach(p.b, y, true);
+        auto y = output<float>(out, p.a.size(), "add_scaled: out");
+        p.b = detach(p.b, y, same_memory(p.a, y));  // b may be a, then a + a*scale
+        load(y, p.a);
         auto ry = record(y), rb = record(p.b);
         qel_flt_vec_pairwise_bias(&ry, &rb, scalar(scale));
         return y;
@@ -135,10 +136,11 @@ array([2., 3.], dtype=float32)
           return joined(p.a, out, "scale_add: out");
         }
         RealPair p(a, b, "scale_add", copy);
-        auto y = start_from(p.a, out, "scale_add: out");
+        auto y = output<float>(out, p.a.size(), "scale_add: out");
         // The library stores a*scale before it reads b: a b that is the
         // output would be read changed, so it is copied first.
         p.b = detach(p.b, y, false);
+        load(y, p.a);
         auto ry = record(y), rb = record(p.b);
         qel_flt_vec_scale_add(&ry, scalar(scale), &rb);
         return y;
@@ -159,7 +161,8 @@ array([4., 7.], dtype=float32)
       [](py::handle a, py::handle b, py::handle out, bool copy) -> py::array {
         if (is_scalar(b)) {
           auto x = input<float>(a, "add: a", copy);
-          auto y = start_from(x, out, "add: out");
+          auto y = output<float>(out, x.size(), "add: out");
+          load(y, x);
           auto ry = record(y);
           qel_flt_vec_add_flt(&ry, scalar(b.cast<double>()));
           return y;
@@ -363,8 +366,9 @@ array([1.+0.j, 1.+0.j, 1.+1.j], dtype=complex64)
       "compress",
       [](py::handle x, py::handle slopes, double threshold, py::handle out, bool copy) {
         RealPair p(x, slopes, "compress", copy, "x", "slopes");
-        auto y = start_from(p.a, out, "compress: out");
+        auto y = output<float>(out, p.a.size(), "compress: out");
         p.b = detach(p.b, y, false);
+        load(y, p.a);
         auto ry = record(y), rb = record(p.b);
         qel_flt_vec_smooth(&ry, &rb, scalar(threshold));
         return y;

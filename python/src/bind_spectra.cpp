@@ -349,8 +349,9 @@ part (ai*br + ar*bi). An empty input gives 0j.
         auto a = input<float>(x, "power_law: x", copy);
         auto e = input<float>(exponents, "power_law: exponents", copy);
         same_length(a.size(), e.size(), "power_law: x and exponents");
-        auto y = start_from(a, out, "power_law: out");
-        e = detach(e, y, true);
+        auto y = output<float>(out, a.size(), "power_law: out");
+        e = detach(e, y, same_memory(a, y));  // exponents may be x itself
+        load(y, a);
         auto ry = record(y), re = record(e);
         qel_flt_vec_powf(&ry, &re, scalar(alpha));
         return y;

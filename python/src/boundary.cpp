@@ -137,13 +137,10 @@ Array<T> detach(const Array<T>& in, const py::array& out, bool in_place_ok) {
   return Array<T>(in.size(), in.data());  // no base object: pybind11 copies
 }
 
-Array<float> start_from(const Array<float>& a, py::handle out, const std::string& what) {
-  auto y = output<float>(out, a.size(), what);
-  if (!same_memory(a, y)) {
-    const auto src = detach(a, y, false);
-    std::memcpy(y.mutable_data(), src.data(), static_cast<size_t>(src.nbytes()));
-  }
-  return y;
+void load(Array<float>& y, const Array<float>& a) {
+  if (same_memory(a, y)) return;
+  const auto src = detach(a, y, false);
+  std::memcpy(y.mutable_data(), src.data(), static_cast<size_t>(src.nbytes()));
 }
 
 Array<cfloat> joined(const Split& s, py::handle out, const std::string& what) {

@@ -66,9 +66,10 @@ bool same_memory(const py::array& a, const py::array& b);
 template <typename T>
 Array<T> detach(const Array<T>& in, const py::array& out, bool in_place_ok);
 
-// The output of a library function that updates its first argument in place:
-// `out` (or a new array) holding a copy of `a`, or `a` itself when out is a.
-Array<float> start_from(const Array<float>& a, py::handle out, const std::string& what);
+// For library functions that update their first argument in place: copies
+// `a` into the output `y` (nothing when y is a). Detach the other inputs from
+// y first, since this overwrites y.
+void load(Array<float>& y, const Array<float>& a);
 
 // A complex result joined into `out` (or a new complex64 array).
 struct Split;
