@@ -19,7 +19,7 @@ if [ -n "$alloc" ]; then
 fi
 
 if [ "$target" = m33 ]; then
-  dbl=$("$objdump" -d "$lib" | grep -E '\.f64|__aeabi_d|vcvt\.f64|vcvt\.f32\.f64' | head -20)
+  dbl=$("$objdump" -d "$lib" | grep -E '\.f64|__aeabi_(d|f2d|i2d|ui2d|l2d|ul2d)|vcvt\.f64|vcvt\.f32\.f64' | head -20)
   if [ -n "$dbl" ]; then
     echo "double-precision code in the M33 library:"; echo "$dbl"; status=1
   fi

@@ -86,20 +86,16 @@ TEST(ArithmeticDiff, ScalingMatchesReference) {
   });
   check("cpx_vec_scale", 3,
         [](World& w, bool r) { (r ? ref::cpx_vec_scale : qel_cpx_vec_scale)(&w.X, w.s1); });
-  check("cpx_vec_scale2", 4, [](World& w, bool r) {
-    (r ? ref::cpx_vec_scale2 : qel_cpx_vec_scale2)(&w.X, w.s1, &w.Y);
-  });
-  check("cpx_vec_scale2 B=A", 5, [](World& w, bool r) {
-    (r ? ref::cpx_vec_scale2 : qel_cpx_vec_scale2)(&w.X, w.s1, &w.X);
-  });
+  check("cpx_vec_scale2", 4,
+        [](World& w, bool r) { (r ? ref::cpx_vec_scale2 : qel_cpx_vec_scale2)(&w.X, w.s1, &w.Y); });
+  check("cpx_vec_scale2 B=A", 5,
+        [](World& w, bool r) { (r ? ref::cpx_vec_scale2 : qel_cpx_vec_scale2)(&w.X, w.s1, &w.X); });
   check("flt_vec_scale", 6,
         [](World& w, bool r) { (r ? ref::flt_vec_scale : qel_flt_vec_scale)(&w.A, w.s1); });
-  check("flt_vec_scale2", 7, [](World& w, bool r) {
-    (r ? ref::flt_vec_scale2 : qel_flt_vec_scale2)(&w.A, w.s1, &w.B);
-  });
-  check("flt_vec_scale2 B=A", 8, [](World& w, bool r) {
-    (r ? ref::flt_vec_scale2 : qel_flt_vec_scale2)(&w.A, w.s1, &w.A);
-  });
+  check("flt_vec_scale2", 7,
+        [](World& w, bool r) { (r ? ref::flt_vec_scale2 : qel_flt_vec_scale2)(&w.A, w.s1, &w.B); });
+  check("flt_vec_scale2 B=A", 8,
+        [](World& w, bool r) { (r ? ref::flt_vec_scale2 : qel_flt_vec_scale2)(&w.A, w.s1, &w.A); });
   check("flt_vec_pairwise_scale", 9, [](World& w, bool r) {
     (r ? ref::flt_vec_pairwise_scale : qel_flt_vec_pairwise_scale)(&w.A, &w.B);
   });
@@ -207,12 +203,10 @@ TEST(ArithmeticDiff, SelectionsAndClippingMatchReference) {
       (r ? ref::flt_vec_max_value : qel_flt_vec_max_value)(&w.A, w.s1, self ? &w.A : &w.B);
     });
   }
-  check("cpx_vec_max_value", 56, [](World& w, bool r) {
-    (r ? ref::cpx_vec_max_value : qel_cpx_vec_max_value)(&w.X, w.s1);
-  });
-  check("flt_vec_smooth", 57, [](World& w, bool r) {
-    (r ? ref::flt_vec_smooth : qel_flt_vec_smooth)(&w.A, &w.B, w.s1);
-  });
+  check("cpx_vec_max_value", 56,
+        [](World& w, bool r) { (r ? ref::cpx_vec_max_value : qel_cpx_vec_max_value)(&w.X, w.s1); });
+  check("flt_vec_smooth", 57,
+        [](World& w, bool r) { (r ? ref::flt_vec_smooth : qel_flt_vec_smooth)(&w.A, &w.B, w.s1); });
 }
 
 }  // namespace

@@ -127,8 +127,7 @@ void flt_vec_subtract_max(const qel_flt_vec* A, float b, qel_flt_vec* B, float m
   for (int i = 0; i < A->dim; ++i) B->data[i] = floored(A->data[i] - b, min);
 }
 
-void flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, float alpha,
-                          qel_flt_vec* C) {
+void flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, float alpha, qel_flt_vec* C) {
   for (int i = 0; i < A->dim; ++i) {
     C->data[i] = alpha - A->data[i];
     if (C->data[i] > B->data[i]) C->data[i] = B->data[i];

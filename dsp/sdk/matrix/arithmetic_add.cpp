@@ -16,7 +16,8 @@ constexpr int kFloorGroup = 8;  // floors of one array
 inline qel_float floor_at(qel_float v, qel_float floor) { return (floor > v) ? floor : v; }
 
 inline void subtract_arrays(const qel_float* a, const qel_float* b, qel_float* c, int len) {
-  map_grouped<kAddGroup>(len, c, [](qel_float x, qel_float y) { return x - y; }, a, b);
+  map_grouped<kAddGroup>(
+      len, c, [](qel_float x, qel_float y) { return x - y; }, a, b);
 }
 
 }  // namespace
@@ -25,7 +26,8 @@ extern "C" {
 
 // C[i] = A[i] + B[i]; count len; C may be A or B.
 void qel_fl_add(const qel_float* A, const qel_float* B, qel_float* C, int len) {
-  map_grouped<kAddGroup>(len, C, [](qel_float a, qel_float b) { return a + b; }, A, B);
+  map_grouped<kAddGroup>(
+      len, C, [](qel_float a, qel_float b) { return a + b; }, A, B);
 }
 
 // C = A + B; count A->dim; C may be A or B.
@@ -46,7 +48,8 @@ void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C)
 
 // A[i] += b; count A->dim.
 void qel_flt_vec_add_flt(qel_flt_vec* A, qel_float b) {
-  map_grouped<kAddGroup>(A->dim, A->data, [b](qel_float a) { return a + b; }, A->data);
+  map_grouped<kAddGroup>(
+      A->dim, A->data, [b](qel_float a) { return a + b; }, A->data);
 }
 
 // C = A - B per part, the whole re array before the im array; count A->dim;
@@ -77,7 +80,8 @@ void qel_flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec
 // B[i] = (c > A[i]) ? c : A[i]: ties, a NaN element and a NaN c keep A[i].
 // Count len; A is only read.
 void qel_fl_max(const qel_float* A, qel_float* B, qel_float c, int len) {
-  map_grouped<kFloorGroup>(len, B, [c](qel_float a) { return floor_at(a, c); }, A);
+  map_grouped<kFloorGroup>(
+      len, B, [c](qel_float a) { return floor_at(a, c); }, A);
 }
 
 // B[i] = A[i] - b, floored at min as qel_fl_max; count A->dim.

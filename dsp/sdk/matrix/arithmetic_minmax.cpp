@@ -3,6 +3,7 @@
 // compression above a threshold.
 #include "detail/elementwise.hpp"
 #include "detail/loops.hpp"
+#include "detail/mac.hpp"
 #include "vector.h"
 
 using qel::detail::for_each_grouped;
@@ -14,7 +15,7 @@ constexpr int kSelectGroup = 4;
 constexpr int kFloorGroup = 8;
 
 // Ranks complex elements without a square root.
-inline qel_float power(qel_float re, qel_float im) { return re * re + im * im; }
+using qel::detail::cpx_power;
 
 // C's element i = A's when a_wins(pow_a, pow_b), else B's; both parts always
 // come from one source. Every input of an element is read before C's element
@@ -26,7 +27,7 @@ template <typename Wins>
   qel_float *cre = C->re, *cim = C->im;
   for_each_grouped<kSelectGroup>(A->dim, [&](int i) {
     const qel_float ar = are[i], ai = aim[i], br = bre[i], bi = bim[i];
-    const bool take_a = a_wins(power(ar, ai), power(br, bi));
+    const bool take_a = a_wins(cpx_power(ar, ai), cpx_power(br, bi));
     cre[i] = take_a ? ar : br;
     cim[i] = take_a ? ai : bi;
   });
@@ -52,16 +53,14 @@ void qel_cpx_vec_max(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C)
 // C may be A or B.
 void qel_flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
   map_grouped<kSelectGroup>(
-      A->dim, C->data, [](qel_float a, qel_float b) { return (a < b) ? a : b; }, A->data,
-      B->data);
+      A->dim, C->data, [](qel_float a, qel_float b) { return (a < b) ? a : b; }, A->data, B->data);
 }
 
 // C[i] = (A[i] > B[i]) ? A[i] : B[i]: B wins ties and NaNs. Count A->dim;
 // C may be A or B.
 void qel_flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
   map_grouped<kSelectGroup>(
-      A->dim, C->data, [](qel_float a, qel_float b) { return (a > b) ? a : b; }, A->data,
-      B->data);
+      A->dim, C->data, [](qel_float a, qel_float b) { return (a > b) ? a : b; }, A->data, B->data);
 }
 
 // B[i] = (A[i] > threshold) ? A[i] : threshold: the threshold wins ties
@@ -80,7 +79,7 @@ void qel_cpx_vec_max_value(qel_cpx_vec* A, qel_float max_abs_value) {
   const qel_float t = max_abs_value * max_abs_value;
   qel_float *re = A->re, *im = A->im;
   for (int i = 0; i < A->dim; ++i) {
-    if (power(re[i], im[i]) < t) {
+    if (cpx_power(re[i], im[i]) < t) {
       re[i] = max_abs_value;
       im[i] = 0.0f;
     }

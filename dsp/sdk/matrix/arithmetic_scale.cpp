@@ -2,8 +2,10 @@
 // Scaling by a scalar, a per-element gain or a gain ramp, and the affine
 // updates A + B*scale and A*scale + B.
 #include "detail/elementwise.hpp"
+#include "detail/mac.hpp"
 #include "vector.h"
 
+using qel::detail::mac;
 using qel::detail::map_grouped;
 
 extern "C" {
@@ -11,7 +13,8 @@ extern "C" {
 // y[i] = x[i] * gain; count len; y may be x. The one kernel behind every
 // scalar scaling below.
 void qel_fl_mul_scale(qel_float* y, const qel_float* x, qel_float gain, int len) {
-  map_grouped<8>(len, y, [gain](qel_float v) { return v * gain; }, x);
+  map_grouped<8>(
+      len, y, [gain](qel_float v) { return v * gain; }, x);
 }
 
 // A.re *= scale over the whole array, then A.im; count A->dim.
@@ -48,15 +51,15 @@ void qel_flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale) {
 // element; count A->dim; B may be A (each part becomes a + a*scale).
 void qel_cpx_vec_pairwise_bias(qel_cpx_vec* A, const qel_cpx_vec* B, qel_float scale) {
   for (int i = 0; i < A->dim; ++i) {
-    A->re[i] = A->re[i] + B->re[i] * scale;
-    A->im[i] = A->im[i] + B->im[i] * scale;
+    A->re[i] = mac(A->re[i], B->re[i], scale);
+    A->im[i] = mac(A->im[i], B->im[i], scale);
   }
 }
 
 // A[i] += B[i] * scale; count A->dim; B may be A (a + a*scale).
 void qel_flt_vec_pairwise_bias(qel_flt_vec* A, const qel_flt_vec* B, qel_float scale) {
   map_grouped<8>(
-      A->dim, A->data, [scale](qel_float a, qel_float b) { return a + b * scale; }, A->data,
+      A->dim, A->data, [scale](qel_float a, qel_float b) { return mac(a, b, scale); }, A->data,
       B->data);
 }
 

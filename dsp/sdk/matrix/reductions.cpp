@@ -2,11 +2,11 @@
 // Reductions of a real array or vector: sums, variance, absolute peak.
 #include <utility>
 
-#include "detail/block_io.hpp"
+#include "detail/blocks.hpp"
+#include "detail/mac.hpp"
 #include "vector.h"
 
 using qel::detail::Block;
-using qel::detail::load_block;
 
 namespace {
 
@@ -15,11 +15,9 @@ namespace {
 template <typename Op>
 [[gnu::always_inline]] inline void for_each_value(const qel_float* x, int n, Op op) {
   for (int g = n / 8; g > 0; --g) {
-    Block<8> b;
-    load_block<8, 0>(x, b);
-    [&]<int... k>(std::integer_sequence<int, k...>) {
-      (op(b.v[k]), ...);
-    }(std::make_integer_sequence<int, 8>{});
+    auto b = Block<8, 1>::load(x);
+    [&]<int... k>(std::integer_sequence<int, k...>) { (op(b[k]), ...); }
+    (std::make_integer_sequence<int, 8>{});
   }
   for (int r = n % 8; r > 0; --r) op(*x++);
 }
@@ -36,11 +34,8 @@ qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
   const qel_float* p = x + offset;
   qel_float sum = 0.0f;
   for (int g = len / 8; g > 0; --g) {
-    Block<8> b;
-    load_block<8, 0>(p, b);
-    const qel_float* v = b.v;
-    const qel_float group =
-        ((((((v[0] + v[1]) + v[2]) + v[3]) + v[4]) + v[5]) + v[6]) + v[7];
+    auto v = Block<8, 1>::load(p);
+    const qel_float group = ((((((v[0] + v[1]) + v[2]) + v[3]) + v[4]) + v[5]) + v[6]) + v[7];
     sum = sum + group;
   }
   for (int r = len % 8; r > 0; --r) sum = sum + *p++;
@@ -68,7 +63,7 @@ qel_float qel_flt_vec_var(const qel_flt_vec* A) {
   qel_float var = 0.0f;
   for_each_value(x, n, [&](qel_float v) {
     const qel_float diff = v - avg;
-    var = var + diff * diff;
+    var = qel::detail::mac(var, diff, diff);
   });
   return var / static_cast<qel_float>(n - 1);
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "detail/blocks.hpp"
+#include "detail/mac.hpp"
 #include "vector.h"
 
 namespace {
@@ -14,25 +15,29 @@ using qel::detail::lanes;
 
 // ---- Products ----
 // The per-bin complex formulas, each written once in the operand order that
-// fixes its rounding. Function objects, so a loop helper inlines them.
+// fixes its rounding. Function objects, so a loop helper inlines them. mac and
+// msc round the product before the addition (VMLA/VMLS on the M33), exactly
+// as the written-out expression does.
 
 // |a|^2 = re*re + im*im in single precision: the library's measure of a bin.
-constexpr auto cpx_power = [](qel_float re, qel_float im) { return re * re + im * im; };
+constexpr auto cpx_power = [](qel_float re, qel_float im) {
+  return qel::detail::cpx_power(re, im);
+};
 
 // a*b = (ar*br - ai*bi) + i(ai*br + ar*bi).
 constexpr auto cpx_product_re = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
-  return ar * br - ai * bi;
+  return qel::detail::msc(ar * br, ai, bi);  // ar*br - ai*bi
 };
 constexpr auto cpx_product_im = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
-  return ai * br + ar * bi;
+  return qel::detail::mac(ai * br, ar, bi);  // ai*br + ar*bi
 };
 
 // a*conj(b) = (ar*br + ai*bi) + i(ai*br - ar*bi): the conjugate is on b.
 constexpr auto cpx_conj_product_re = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
-  return ar * br + ai * bi;
+  return qel::detail::mac(ar * br, ai, bi);  // ar*br + ai*bi
 };
 constexpr auto cpx_conj_product_im = [](qel_float ar, qel_float ai, qel_float br, qel_float bi) {
-  return ai * br - ar * bi;
+  return qel::detail::msc(ai * br, ar, bi);  // ai*br - ar*bi
 };
 
 // C = f(A, B) bin by bin, G bins per step: a step loads all of its inputs
@@ -277,9 +282,9 @@ void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
   for (int g = n / 4; g > 0; --g) {
-    auto [x, y] = qel::detail::load_saved_pair(re, im);
+    auto run = qel::detail::load_saved_pair(re, im);
     qel::detail::each_lane<4>(
-        [&](auto j) { *b++ = qel_sqrtf(cpx_power(std::get<j>(x), std::get<j>(y))); });
+        [&](auto j) { *b++ = qel_sqrtf(cpx_power(std::get<j>(run.p), std::get<j>(run.q))); });
   }
   for (int k = n % 4; k > 0; --k) *b++ = qel_sqrtf(cpx_power(*re++, *im++));
 }

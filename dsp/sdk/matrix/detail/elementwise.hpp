@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "../vector.h"
-#include "block_io.hpp"
+#include "blocks.hpp"
 
 namespace qel::detail {
 
@@ -14,15 +14,20 @@ namespace qel::detail {
 // pass, then the remainder one by one by the same f. A pass loads all of its
 // inputs before it stores any result, so out may be the very array of any
 // input. n <= 0 does nothing.
+//
+// The groups live in s8.. upward (banks of blocks.hpp), clear of the scalar
+// arguments that arrive in s0.
+template <int G>
+inline constexpr int kFirstBank = (G == 8) ? 1 : 2;
+
 template <int G, typename F>
 [[gnu::always_inline]] inline void map_grouped(int n, qel_float* out, F f, const qel_float* a) {
+  using In = Block<G, kFirstBank<G>>;
   for (int g = n / G; g > 0; --g) {
-    Block<G> x;
-    load_block<G, 0>(a, x);
-    [&]<int... k>(std::integer_sequence<int, k...>) {
-      ((x.v[k] = f(x.v[k])), ...);
-    }(std::make_integer_sequence<int, G>{});
-    store_block(out, x);
+    Lanes<G> x = In::load(a);
+    [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k])), ...); }
+    (std::make_integer_sequence<int, G>{});
+    In::store(out, x);
   }
   for (int r = n % G; r > 0; --r) *out++ = f(*a++);
 }
@@ -30,14 +35,14 @@ template <int G, typename F>
 template <int G, typename F>
 [[gnu::always_inline]] inline void map_grouped(int n, qel_float* out, F f, const qel_float* a,
                                                const qel_float* b) {
+  using InA = Block<G, kFirstBank<G>>;
+  using InB = Block<G, kFirstBank<G> + 1>;
   for (int g = n / G; g > 0; --g) {
-    Block<G> x, y;
-    load_block<G, 0>(a, x);
-    load_block<G, 1>(b, y);
-    [&]<int... k>(std::integer_sequence<int, k...>) {
-      ((x.v[k] = f(x.v[k], y.v[k])), ...);
-    }(std::make_integer_sequence<int, G>{});
-    store_block(out, x);
+    Lanes<G> x = InA::load(a);
+    const Lanes<G> y = InB::load(b);
+    [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k], y[k])), ...); }
+    (std::make_integer_sequence<int, G>{});
+    InA::store(out, x);
   }
   for (int r = n % G; r > 0; --r) *out++ = f(*a++, *b++);
 }

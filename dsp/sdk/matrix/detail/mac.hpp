@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Multiply-accumulate with the product rounded before the addition.
+// Multiply-accumulate with the product rounded before the addition, and the
+// formulas built on it.
 #pragma once
 
 #include "utils.h"
@@ -29,5 +30,9 @@ namespace qel::detail {
   return acc - a * b;
 #endif
 }
+
+// The power of a complex element, re*re + im*im in single precision: how the
+// library measures and ranks bins. Two instructions on the M33.
+[[gnu::always_inline]] inline float cpx_power(float re, float im) { return mac(re * re, im, im); }
 
 }  // namespace qel::detail

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// Plain references for the delay line and the windowed accumulation.
+#pragma once
+
+namespace qel::ref {
+
+// One step per sample: read gain and slot, store the input, advance, store.
+void circular(float* out, float* delay, const float* in, const float* gain, int delay_len,
+              int delay_write_index, int in_len);
+void maa(float* fft_data, const float* buff, const float* window, int nfft);
+
+}  // namespace qel::ref
