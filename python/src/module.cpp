@@ -49,9 +49,6 @@ Families
     FIR filters .......... Fir, FirDecimator, FirInterpolator
     Diagnostics .......... dump
 
-A family appears only when the library it was built against holds it; see
-qel.families.
-
 Example
     >>> import numpy as np, qel
     >>> x = qel.normalize(np.array([16384, -32768], dtype=np.int16))
@@ -67,38 +64,12 @@ namespace py = pybind11;
 
 PYBIND11_MODULE(qel, m) {
   m.doc() = kModuleDoc;
-  py::list families;
-#if QEL_PY_CONTAINERS
-  qelpy::bind_containers(m);
-  families.append("containers");
-#endif
-#if QEL_PY_PCM
   qelpy::bind_pcm(m);
-  families.append("pcm");
-#endif
-#if QEL_PY_ARITH
+  qelpy::bind_containers(m);
   qelpy::bind_arith(m);
-  families.append("arith");
-#endif
-#if QEL_PY_REDUCTIONS
-  qelpy::bind_reductions(m);
-  families.append("reductions");
-#endif
-#if QEL_PY_SPECTRA
   qelpy::bind_spectra(m);
-  families.append("spectra");
-#endif
-#if QEL_PY_FRAMEBUF
+  qelpy::bind_reductions(m);
   qelpy::bind_framebuf(m);
-  families.append("framebuf");
-#endif
-#if QEL_PY_FIR
   qelpy::bind_fir(m);
-  families.append("fir");
-#endif
-#if QEL_PY_DUMP
   qelpy::bind_dump(m);
-  families.append("dump");
-#endif
-  m.attr("families") = py::tuple(families);
 }

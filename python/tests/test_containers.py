@@ -6,8 +6,6 @@ import pytest
 import qel
 import ref
 
-pytestmark = pytest.mark.skipif("containers" not in qel.families,
-                                reason="library has no container family")
 
 
 def test_fill_each_dtype():

@@ -9,7 +9,6 @@ from scipy import signal
 import qel
 import ref
 
-pytestmark = pytest.mark.skipif("fir" not in qel.families, reason="library has no FIR family")
 
 # |float32 result - float64 result| <= TOL * sum|h| * max|x|: numTaps roundings
 # of at most 2**-24 each, for the tap counts used here (<= 64).

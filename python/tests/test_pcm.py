@@ -6,7 +6,6 @@ import pytest
 import qel
 import ref
 
-pytestmark = pytest.mark.skipif("pcm" not in qel.families, reason="library has no PCM family")
 
 
 def test_normalize_is_exact_power_of_two_scaling():

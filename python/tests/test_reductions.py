@@ -10,7 +10,6 @@ import ref
 f32 = np.float32
 
 
-@pytest.mark.skipif("reductions" not in qel.families, reason="library has no reductions family")
 def test_sum_var_abs_max_bit_exact():
     rng = np.random.default_rng(21)
     with np.errstate(all="ignore"):
@@ -26,7 +25,6 @@ def test_sum_var_abs_max_bit_exact():
                                      np.float32([ref.grouped_sum(x[start:start + num], 8)]))
 
 
-@pytest.mark.skipif("reductions" not in qel.families, reason="library has no reductions family")
 def test_against_numpy():
     x = ref.rand(np.random.default_rng(22), 4800, specials=False)
     x64 = x.astype(np.float64)
@@ -36,7 +34,6 @@ def test_against_numpy():
     assert type(qel.sum(x)) is np.float32
 
 
-@pytest.mark.skipif("reductions" not in qel.families, reason="library has no reductions family")
 def test_hand_cases():
     x = np.zeros(16, np.float32)
     x[0], x[8], x[9] = 2**24, 1, 1
@@ -47,7 +44,6 @@ def test_hand_cases():
     assert qel.abs_max(np.float32([np.nan, -1])) == 1
 
 
-@pytest.mark.skipif("spectra" not in qel.families, reason="library has no spectra family")
 def test_power_sum_and_inner_product_bit_exact():
     rng = np.random.default_rng(23)
     with np.errstate(all="ignore"):
