@@ -47,3 +47,25 @@ def test_module_doc_and_help_render():
     runner = doctest.DocTestRunner(optionflags=doctest.NORMALIZE_WHITESPACE)
     runner.run(test)
     assert runner.failures == 0
+
+
+def test_readme_example_runs(capsys):
+    import os
+    import re
+    readme = os.path.join(os.path.dirname(__file__), "..", "..", "README.md")
+    blocks = re.findall(r"```python\n(.*?)```", open(readme).read(), re.S)
+    assert blocks, "README has no python example"
+    exec(compile(blocks[-1], "README.md", "exec"), {})
+    assert float(capsys.readouterr().out) < 1e-5
+
+
+def test_example_script_writes_a_png(tmp_path):
+    import os
+    import subprocess
+    import sys
+    script = os.path.join(os.path.dirname(__file__), "..", "..", "examples", "python",
+                          "fir_response.py")
+    png = tmp_path / "fir.png"
+    env = dict(os.environ, PYTHONPATH=os.path.dirname(qel.__file__), MPLCONFIGDIR=str(tmp_path))
+    subprocess.run([sys.executable, script, str(png)], check=True, env=env, capture_output=True)
+    assert png.read_bytes()[:8] == b"\x89PNG\r\n\x1a\n"
