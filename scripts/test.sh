@@ -17,6 +17,7 @@ for preset in host m33; do
   ./scripts/consumer.sh "$preset"
   if [ "$preset" = host ]; then
     echo "==== host: Python module against NumPy/SciPy and the plain float32 references"
+    [ -x build/host/python/pytest ] || { echo "the Python module was not built (see cmake's 'qel Python bindings' line)"; exit 1; }
     ./build/host/python/pytest -q
   fi
 done
