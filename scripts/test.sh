@@ -21,6 +21,11 @@ for preset in host m33; do
     ./build/host/python/pytest -q
   fi
 done
+echo "==== m33 built for size (-Os): the general filter paths"
+cmake --preset m33-os >/dev/null
+cmake --build --preset m33-os
+ctest --preset m33-os
+
 echo "==== host with AddressSanitizer and UndefinedBehaviorSanitizer"
 cmake --preset host-asan >/dev/null
 cmake --build --preset host-asan

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "counter.h"
 
-#include <cstdio>
-
 namespace qel::bench {
 namespace {
 
@@ -41,6 +39,8 @@ uint32_t ticks_of(void (*fn)(void*), void* ctx, int reps) {
   return elapsed(start);
 }
 
+}  // namespace
+
 double instructions_per_tick() {
   static double ratio = 0.0;
   if (ratio == 0.0) {
@@ -59,18 +59,6 @@ double instructions_per_tick() {
   return ratio;
 }
 
-struct Registry {
-  const char* names[32];
-  void (*runs[32])();
-  int n = 0;
-};
-Registry& registry() {
-  static Registry r;
-  return r;
-}
-
-}  // namespace
-
 double count_call(void (*fn)(void*), void* ctx, int reps) {
   fn(ctx);  // warm-up: the first call may take a different path (nothing cached, but be fair)
   const uint32_t t = ticks_of(fn, ctx, reps);
@@ -78,27 +66,4 @@ double count_call(void (*fn)(void*), void* ctx, int reps) {
   return (static_cast<double>(t) - static_cast<double>(t0)) * instructions_per_tick() / reps;
 }
 
-void report(const char* kernel, const char* size, double per_call, double units, const char* unit) {
-  std::printf("| %-36s | %-24s | %10.0f | %6.2f per %s |\n", kernel, size, per_call,
-              per_call / units, unit);
-}
-
-Family::Family(const char* name, void (*run)()) {
-  Registry& r = registry();
-  r.names[r.n] = name;
-  r.runs[r.n] = run;
-  ++r.n;
-}
-
 }  // namespace qel::bench
-
-int main() {
-  using namespace qel::bench;
-  std::printf("instructions per tick (calibrated): %.4f\n\n", instructions_per_tick());
-  std::printf("| %-36s | %-24s | %10s | %-16s |\n", "kernel", "size", "instr/call", "instr/unit");
-  std::printf("|%s|%s|%s|%s|\n", "--------------------------------------",
-              "--------------------------", "------------", "------------------");
-  Registry& r = registry();
-  for (int i = 0; i < r.n; ++i) r.runs[i]();
-  return 0;
-}

@@ -14,6 +14,9 @@
 
 namespace qel::bench {
 
+// SysTick ticks to instructions, calibrated once per run on a loop of known length.
+double instructions_per_tick();
+
 // Instructions per call of fn(ctx), an empty call's cost subtracted.
 double count_call(void (*fn)(void*), void* ctx, int reps);
 
@@ -28,6 +31,9 @@ double count(F&& f, int reps = 64) {
   using Fn = std::remove_reference_t<F>;
   return count_call(&call_trampoline<Fn>, &f, reps);
 }
+
+// The benchmark program (bench_main.cpp) below; other programs may link the
+// counter alone (counter.cpp, target qel_m33_counter).
 
 // One line of the report: kernel, size, instructions per call, per unit.
 void report(const char* kernel, const char* size, double per_call, double units, const char* unit);

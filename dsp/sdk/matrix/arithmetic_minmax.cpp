@@ -11,7 +11,7 @@ using qel::detail::map_grouped;
 
 namespace {
 
-constexpr int kSelectGroup = 4;
+constexpr int kSelectGroup = 8;
 constexpr int kFloorGroup = 8;
 
 // Ranks complex elements without a square root.

@@ -45,6 +45,11 @@ void decimate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int n
   const int appended = M * outBlockSize;
   append(pSrc, pState + numTaps - 1, appended);
   auto store = [&](int n, float y) QEL_INLINE { store_output(pDst + n, y); };
+  if constexpr (!kFactorVariants) {
+    decimate_any(pState, pCoeffs, numTaps, M, outBlockSize, store);
+    move_history(pState, appended, numTaps);
+    return;
+  }
   switch (M) {
     case 1:
       fir_outputs<8, 1>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);

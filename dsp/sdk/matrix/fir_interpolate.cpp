@@ -86,6 +86,10 @@ void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, in
 template <typename T>
 void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int numTaps, int L,
                  int blockSize) {
+  if constexpr (!qel::detail::kFactorVariants) {
+    interpolate<T, int>(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
+    return;
+  }
   switch (L) {
     case 2:
       interpolate(pSrc, pDst, pState, pCoeffs, numTaps, std::integral_constant<int, 2>{},

@@ -143,7 +143,7 @@ extern "C" {
 // C = A * B: re = ar*br - ai*bi, im = ai*br + ar*bi. Count C->dim; C may be
 // A or B (or both: squaring in place).
 void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  complex_products<2>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
+  complex_products<4>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
 }
 
 // C = A * conj(B): re = ar*br + ai*bi, im = ai*br - ar*bi (not conj(A)*B:
@@ -158,15 +158,30 @@ void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qe
 // read before C is written).
 void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B,
                                         qel_cpx_vec* C) {
-  const int n = A->dim;
+  // C + (p + q) as one term: the bin's conjugate product is formed first.
+  const auto add_re = [](qel_float c, qel_float xr, qel_float xi, qel_float yr, qel_float yi) {
+    return c + cpx_conj_product_re(xr, xi, yr, yi);
+  };
+  const auto add_im = [](qel_float c, qel_float xr, qel_float xi, qel_float yr, qel_float yi) {
+    return c + cpx_conj_product_im(xr, xi, yr, yi);
+  };
   const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
+  const qel_float *zr = C->re, *zi = C->im;
   qel_float *cr = C->re, *ci = C->im;
-  for (int k = 0; k < n; ++k) {
-    const qel_float xr = ar[k], xi = ai[k], yr = br[k], yi = bi[k];
-    const qel_float p = cpx_conj_product_re(xr, xi, yr, yi);
-    const qel_float q = cpx_conj_product_im(xr, xi, yr, yi);
-    cr[k] = cr[k] + p;
-    ci[k] = ci[k] + q;
+  // Four bins per step, every load of a step before its stores: C may be A or B.
+  for (int g = A->dim / 4; g > 0; --g) {
+    auto xr = Block<4, 0>::load(ar), xi = Block<4, 1>::load(ai);
+    auto yr = Block<4, 2>::load(br), yi = Block<4, 3>::load(bi);
+    auto sr = Block<4, 4>::load(zr), si = Block<4, 5>::load(zi);
+    Block<4, 4>::store(cr, lanes<4>(add_re, sr, xr, xi, yr, yi));
+    Block<4, 5>::store(ci, lanes<4>(add_im, si, xr, xi, yr, yi));
+  }
+  for (int k = A->dim % 4; k > 0; --k) {
+    const qel_float xr = *ar++, xi = *ai++, yr = *br++, yi = *bi++;
+    *cr = add_re(*cr, xr, xi, yr, yi);
+    *ci = add_im(*ci, xr, xi, yr, yi);
+    ++cr;
+    ++ci;
   }
 }
 
@@ -237,14 +252,23 @@ void qel_cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qe
 }
 
 // C.re = A.re / B.re and C.im = A.im / B.im: part by part, not a complex
-// division. Each zero part divides by kEpsilon on its own; no tail form here.
-// Bin by bin, the real part read, divided and stored before the imaginary part.
-// Count A->dim; C may be A or B.
+// division. Each zero part divides by kEpsilon on its own, in every bin (no
+// tail form here). Count A->dim; C may be A or B.
 void qel_cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  const int n = A->dim;
-  for (int k = 0; k < n; ++k) {
-    C->re[k] = A->re[k] / guarded(B->re[k]);
-    C->im[k] = A->im[k] / guarded(B->im[k]);
+  const auto over = [](qel_float a, qel_float d) { return a / guarded(d); };
+  const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
+  qel_float *cr = C->re, *ci = C->im;
+  // Four bins per step (one guard form throughout), loads before stores: C
+  // may be A or B.
+  for (int g = A->dim / 4; g > 0; --g) {
+    auto xr = Block<4, 0>::load(ar), yr = Block<4, 1>::load(br);
+    auto xi = Block<4, 2>::load(ai), yi = Block<4, 3>::load(bi);
+    Block<4, 0>::store(cr, lanes<4>(over, xr, yr));
+    Block<4, 2>::store(ci, lanes<4>(over, xi, yi));
+  }
+  for (int k = A->dim % 4; k > 0; --k) {
+    *cr++ = over(*ar++, *br++);
+    *ci++ = over(*ai++, *bi++);
   }
 }
 

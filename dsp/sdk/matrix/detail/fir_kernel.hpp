@@ -20,6 +20,14 @@
 
 namespace qel::detail {
 
+// Builds for size (-Os) keep one general path per filter; the variants for
+// small rate factors trade code for speed, and give the same results.
+#if defined(__OPTIMIZE_SIZE__)
+inline constexpr bool kFactorVariants = false;
+#else
+inline constexpr bool kFactorVariants = true;
+#endif
+
 // A stride known at compile time (1) or at run time (an int): loads at
 // compile-time strides fold into immediate offsets.
 using UnitStride = std::integral_constant<int, 1>;

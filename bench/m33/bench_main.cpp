@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// The benchmark program: every family registered with QEL_M33_BENCH, one table.
+#include <cstdio>
+
+#include "counter.h"
+
+namespace qel::bench {
+namespace {
+
+struct Registry {
+  const char* names[32];
+  void (*runs[32])();
+  int n = 0;
+};
+Registry& registry() {
+  static Registry r;
+  return r;
+}
+
+}  // namespace
+
+void report(const char* kernel, const char* size, double per_call, double units, const char* unit) {
+  std::printf("| %-36s | %-24s | %10.0f | %6.2f per %s |\n", kernel, size, per_call,
+              per_call / units, unit);
+}
+
+Family::Family(const char* name, void (*run)()) {
+  Registry& r = registry();
+  r.names[r.n] = name;
+  r.runs[r.n] = run;
+  ++r.n;
+}
+
+}  // namespace qel::bench
+
+int main() {
+  using namespace qel::bench;
+  std::printf("instructions per tick (calibrated): %.4f\n\n", instructions_per_tick());
+  std::printf("| %-36s | %-24s | %10s | %-16s |\n", "kernel", "size", "instr/call", "instr/unit");
+  std::printf("|%s|%s|%s|%s|\n", "--------------------------------------",
+              "--------------------------", "------------", "------------------");
+  Registry& r = registry();
+  for (int i = 0; i < r.n; ++i) r.runs[i]();
+  return 0;
+}
