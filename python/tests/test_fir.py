@@ -150,3 +150,15 @@ def test_int16_forms_keep_raw_pcm_values_and_truncate():
     two = qel.FirInterpolator(np.float32([1, 1]), 1, dtype=np.int16)
     np.testing.assert_array_equal(two.process(np.int16([32767] * 3)), [32767] * 3)
     np.testing.assert_array_equal(two.process(np.int16([-32768] * 2)), [-1, -32768])
+
+
+@pytest.mark.parametrize("factor", [1, 2, 3, 5])
+def test_rate_changers_with_specials_are_bit_exact(factor):
+    rng = np.random.default_rng(40 + factor)
+    with np.errstate(all="ignore"):
+        for num_taps in (1, 3, 8, 11):
+            h, x = ref.rand(rng, num_taps), ref.rand(rng, 12 * factor)
+            ref.assert_same_bits(qel.FirDecimator(h, factor).process(x),
+                                 ref.fir_decimate(h, x, factor))
+            ref.assert_same_bits(qel.FirInterpolator(h, factor).process(x),
+                                 ref.fir_interpolate(h, x, factor))
