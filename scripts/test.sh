@@ -1,7 +1,8 @@
 #!/bin/sh
 # Sets up the machine, then builds and runs every test: the host suite, the
 # same suite cross-built for the Cortex-M33 and run under QEMU, the installed
-# package from consumer projects, the host suite under sanitizers, and lint.
+# package from consumer projects, the Python module's tests, the host suite
+# under sanitizers, and lint.
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/setup.sh
@@ -14,6 +15,11 @@ for preset in host m33; do
   ctest --preset "$preset"
   echo "==== $preset: installed package used by C and C++ consumer projects"
   ./scripts/consumer.sh "$preset"
+  if [ "$preset" = host ]; then
+    echo "==== host: Python module against NumPy/SciPy and the plain float32 references"
+    [ -x build/host/python/pytest ] || { echo "the Python module was not built (see cmake's 'qel Python bindings' line)"; exit 1; }
+    ./build/host/python/pytest -q
+  fi
 done
 echo "==== m33 built for size (-Os): the general filter paths"
 cmake --preset m33-os >/dev/null
@@ -29,6 +35,8 @@ echo "==== host with every caller promise checked (QEL_CHECKED), incl. death tes
 cmake --preset host-checked >/dev/null
 cmake --build --preset host-checked
 ctest --preset host-checked
+echo "==== Python tests on the checked library: the binding must keep every promise"
+./build/host-checked/python/pytest -q
 
 echo "==== short randomized soak (fresh seed; longer runs: scripts/soak.sh <seconds> [seed])"
 ./scripts/soak.sh 2
