@@ -14,13 +14,6 @@
 namespace qel::test {
 namespace {
 
-std::vector<int> lengths() {
-  std::vector<int> n;
-  for (int i = 0; i <= 70; ++i) n.push_back(i);
-  for (int i : {127, 480, 513}) n.push_back(i);
-  return n;
-}
-
 enum class Alias { kNone, kOutIsIn, kOutIsGain };
 
 // Two calls in a row, the second at the position the first leaves, so a line
@@ -52,7 +45,7 @@ void check_circular(Rng& rng, int n, int delay_len, Alias alias) {
 
 TEST(FramebufDiff, CircularMatchesReference) {
   randomized(0x5eed0d1u, [&](Rng& rng) {
-    for (int n : lengths()) {
+    for (int n : diff_lengths({127, 480, 513})) {
       SCOPED_TRACE(n);
       for (int delay_len : {1, 2, 3, 4, 5, 7, 8, 9, 1 + rng.below(70), 1 + rng.below(70), 480}) {
         SCOPED_TRACE(delay_len);
@@ -68,7 +61,7 @@ TEST(FramebufDiff, CircularMatchesReference) {
 
 TEST(FramebufDiff, MaaMatchesReference) {
   randomized(0x5eed0d2u, [&](Rng& rng) {
-    for (int n : lengths()) {
+    for (int n : diff_lengths({127, 480, 513})) {
       SCOPED_TRACE(n);
       // The kernel reads window[n] down to window[1]; window[0] keeps the
       // pointer inside the array when n is 0.

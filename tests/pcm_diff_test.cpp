@@ -13,13 +13,6 @@
 namespace qel::test {
 namespace {
 
-std::vector<int> lengths() {
-  std::vector<int> n;
-  for (int i = 0; i <= 70; ++i) n.push_back(i);
-  for (int i : {127, 256, 513}) n.push_back(i);
-  return n;
-}
-
 template <typename T>
 void expect_same_ints(const Canary<T>& want, const Canary<T>& got) {
   for (int k = 0; k < want.size(); ++k) ASSERT_EQ(want[k], got[k]) << "element " << k;
@@ -28,7 +21,7 @@ void expect_same_ints(const Canary<T>& want, const Canary<T>& got) {
 
 TEST(PcmDiff, EveryConversionMatchesReference) {
   randomized(0x5eed0001u, [](Rng& rng) {
-    for (int n : lengths()) {
+    for (int n : diff_lengths()) {
       SCOPED_TRACE(n);
       std::vector<int16_t> s16;
       std::vector<int32_t> s24;

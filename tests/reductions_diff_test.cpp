@@ -13,16 +13,9 @@
 namespace qel::test {
 namespace {
 
-std::vector<int> lengths() {
-  std::vector<int> n;
-  for (int i = 0; i <= 70; ++i) n.push_back(i);
-  for (int i : {127, 256, 513}) n.push_back(i);
-  return n;
-}
-
 TEST(ReductionsDiff, EveryReductionMatchesReference) {
   randomized(0x5eed4101u, [&](Rng& rng) {
-    for (int n : lengths()) {
+    for (int n : diff_lengths()) {
       SCOPED_TRACE(n);
       // Wide range so that the grouping of the sum shows in the rounding; one in
       // three runs without specials so the finite sums are compared too.

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -67,6 +68,15 @@ class Rng {
  private:
   std::mt19937 engine_;
 };
+
+// Lengths for a randomized test: every n in 0..70 (each mix of a grouped body
+// and a remainder for groups of 2, 4 and 8), then a few large ones.
+inline std::vector<int> diff_lengths(std::initializer_list<int> large = {127, 256, 513}) {
+  std::vector<int> n;
+  for (int i = 0; i <= 70; ++i) n.push_back(i);
+  n.insert(n.end(), large.begin(), large.end());
+  return n;
+}
 
 // n elements followed by canary cells that a kernel must never write.
 template <typename T>

@@ -83,10 +83,7 @@ extern "C" {
 // before any output is stored, so pDst may be pSrc.
 void qel_flt_fir_decimate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs,
                           int numTaps, int M, int blockSize) {
-  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");
-  QEL_EXPECT(M >= 1, "M >= 1");
-  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
-  QEL_EXPECT_FIR_BUFFERS(M * (blockSize / M), blockSize / M, M * (blockSize / M));
+  QEL_EXPECT_RATE_FILTER(M, M * (blockSize / M), blockSize / M, M * (blockSize / M));
   decimate(pSrc, pDst, pState, pCoeffs, numTaps, M, blockSize);
 }
 
@@ -95,10 +92,7 @@ void qel_flt_fir_decimate(const float* pSrc, float* pDst, float* pState, const f
 // NaN to 0).
 void qel_flt_fir_decimate_int16(const int16* pSrc, int16* pDst, float* pState, const float* pCoeffs,
                                 int numTaps, int M, int blockSize) {
-  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");
-  QEL_EXPECT(M >= 1, "M >= 1");
-  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
-  QEL_EXPECT_FIR_BUFFERS(M * (blockSize / M), blockSize / M, M * (blockSize / M));
+  QEL_EXPECT_RATE_FILTER(M, M * (blockSize / M), blockSize / M, M * (blockSize / M));
   decimate(pSrc, pDst, pState, pCoeffs, numTaps, M, blockSize);
 }
 

@@ -122,10 +122,7 @@ extern "C" {
 // elements. The history keeps the inserted zeros.
 void qel_flt_fir_interpolate(const float* pSrc, float* pDst, float* pState, const float* pCoeffs,
                              int numTaps, int L, int blockSize) {
-  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");
-  QEL_EXPECT(L >= 1, "L >= 1");
-  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
-  QEL_EXPECT_FIR_BUFFERS(blockSize, L * blockSize, L * blockSize);
+  QEL_EXPECT_RATE_FILTER(L, blockSize, L * blockSize, L * blockSize);
   interpolate(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
 }
 
@@ -134,10 +131,7 @@ void qel_flt_fir_interpolate(const float* pSrc, float* pDst, float* pState, cons
 // NaN to 0).
 void qel_flt_fir_interpolate_int16(const int16* pSrc, int16* pDst, float* pState,
                                    const float* pCoeffs, int numTaps, int L, int blockSize) {
-  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");
-  QEL_EXPECT(L >= 1, "L >= 1");
-  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
-  QEL_EXPECT_FIR_BUFFERS(blockSize, L * blockSize, L * blockSize);
+  QEL_EXPECT_RATE_FILTER(L, blockSize, L * blockSize, L * blockSize);
   interpolate(pSrc, pDst, pState, pCoeffs, numTaps, L, blockSize);
 }
 

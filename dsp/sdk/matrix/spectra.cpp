@@ -344,15 +344,20 @@ void qel_fl_division(const qel_float* A, qel_float* B, qel_float* C, int len) {
 
 // ---- Magnitude and power ----
 
+// The promises of a per-bin measure B of A (power, magnitude): the real output
+// may be exactly one of A's parts, as the bins are read before they are written.
+#define QEL_EXPECT_BIN_MEASURE()                                             \
+  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");          \
+  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");                                    \
+  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays"); \
+  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->re, A->dim) &&           \
+                 qel::detail::same_or_apart(B->data, A->im, A->dim),         \
+             "B is A's re or im, or does not overlap them")
+
 // B[k] = re*re + im*im. Count A->dim; B->data may be A->re or A->im (a group's
 // loads come before its stores).
 void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
-  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
-  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->re, A->dim) &&
-                 qel::detail::same_or_apart(B->data, A->im, A->dim),
-             "B is A's re or im, or does not overlap them");
+  QEL_EXPECT_BIN_MEASURE();
   const int n = A->dim;
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
@@ -367,12 +372,7 @@ void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
 // power, no rescaling, one qel_sqrtf call per bin in index order. Count A->dim;
 // B->data may be A->re or A->im (a group's loads come before its roots).
 void qel_cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B) {
-  QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
-  QEL_EXPECT(qel::detail::same_or_apart(B->data, A->re, A->dim) &&
-                 qel::detail::same_or_apart(B->data, A->im, A->dim),
-             "B is A's re or im, or does not overlap them");
+  QEL_EXPECT_BIN_MEASURE();
   const int n = A->dim;
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;

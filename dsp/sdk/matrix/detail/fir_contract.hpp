@@ -29,3 +29,11 @@
   QEL_EXPECT(qel::detail::disjoint(pDst, qel::detail::bytes(pDst, out_count), pCoeffs,         \
                                    qel::detail::float_bytes(numTaps)),                         \
              "pDst does not overlap pCoeffs")
+
+// The whole check of a rate-changing filter call: taps, the factor (M or L, named
+// in the message), the block size, then the buffers.
+#define QEL_EXPECT_RATE_FILTER(factor, in_count, out_count, appended) \
+  QEL_EXPECT(numTaps >= 1, "numTaps >= 1");                           \
+  QEL_EXPECT((factor) >= 1, #factor " >= 1");                         \
+  QEL_EXPECT(blockSize >= 0, "blockSize >= 0");                       \
+  QEL_EXPECT_FIR_BUFFERS(in_count, out_count, appended)
