@@ -36,22 +36,14 @@ void qel_fl_add(const qel_float* A, const qel_float* B, qel_float* C, int len) {
 
 // C = A + B; count A->dim; C may be A or B.
 void qel_flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   qel_fl_add(A->data, B->data, C->data, A->dim);
 }
 
 // C = A + B per part, re and im alternating a group at a time; count A->dim;
 // C may be A or B.
 void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   const int n = A->dim;
   for (int i = 0; i < n; i += kAddGroup) {
     const int m = (n - i < kAddGroup) ? n - i : kAddGroup;
@@ -72,22 +64,14 @@ void qel_flt_vec_add_flt(qel_flt_vec* A, qel_float b) {
 // C = A - B per part, the whole re array before the im array; count A->dim;
 // C may be A or B.
 void qel_cpx_vec_subtract(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   subtract_arrays(A->re, B->re, C->re, A->dim);
   subtract_arrays(A->im, B->im, C->im, A->dim);
 }
 
 // C = A - B; count A->dim; C may be A or B.
 void qel_flt_vec_subtract(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   subtract_arrays(A->data, B->data, C->data, A->dim);
 }
 
@@ -104,11 +88,7 @@ void qel_fl_add_max(const qel_float* A, const qel_float* B, qel_float* C, qel_fl
 // C = A + B floored at min, as qel_fl_add_max; count A->dim.
 void qel_flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C,
                          qel_float min) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   qel_fl_add_max(A->data, B->data, C->data, min, A->dim);
 }
 
@@ -138,11 +118,7 @@ void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B,
 // C may be A. Count A->dim.
 void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
                               qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   const qel_float* a = A->data;
   const qel_float* ceiling = B->data;
   qel_float* c = C->data;

@@ -41,33 +41,21 @@ extern "C" {
 // C = A where power(A) < power(B), else B: B wins ties (also of different
 // phase) and NaN powers. Count A->dim; C may be A or B.
 void qel_cpx_vec_min(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   select_by_power(A, B, C, [](qel_float pa, qel_float pb) { return pa < pb; });
 }
 
 // C = A where power(A) > power(B), else B: B wins ties and NaN powers.
 // Count A->dim; C may be A or B.
 void qel_cpx_vec_max(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   select_by_power(A, B, C, [](qel_float pa, qel_float pb) { return pa > pb; });
 }
 
 // C[i] = (A[i] < B[i]) ? A[i] : B[i]: B wins ties and NaNs. Count A->dim;
 // C may be A or B.
 void qel_flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   map_grouped<kSelectGroup>(
       A->dim, C->data, [](qel_float a, qel_float b) { return (a < b) ? a : b; }, A->data, B->data);
 }
@@ -75,11 +63,7 @@ void qel_flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C)
 // C[i] = (A[i] > B[i]) ? A[i] : B[i]: B wins ties and NaNs. Count A->dim;
 // C may be A or B.
 void qel_flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   map_grouped<kSelectGroup>(
       A->dim, C->data, [](qel_float a, qel_float b) { return (a > b) ? a : b; }, A->data, B->data);
 }

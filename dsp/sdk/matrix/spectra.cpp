@@ -144,22 +144,14 @@ extern "C" {
 // C = A * B: re = ar*br - ai*bi, im = ai*br + ar*bi. Count C->dim; C may be
 // A or B (or both: squaring in place).
 void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(C->dim >= 0, "C->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(C->dim);
   complex_products<4>(A, B, C, C->dim, cpx_product_re, cpx_product_im);
 }
 
 // C = A * conj(B): re = ar*br + ai*bi, im = ai*br - ar*bi (not conj(A)*B:
 // swapping A and B negates im). Count C->dim; C may be A or B.
 void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(C->dim >= 0, "C->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(C->dim);
   complex_products<4>(A, B, C, C->dim, cpx_conj_product_re, cpx_conj_product_im);
 }
 
@@ -169,11 +161,7 @@ void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qe
 // read before C is written).
 void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B,
                                         qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   // C + (p + q) as one term: the bin's conjugate product is formed first.
   const auto add_re = [](qel_float c, qel_float xr, qel_float xi, qel_float yr, qel_float yi) {
     return c + cpx_conj_product_re(xr, xi, yr, yi);
@@ -219,11 +207,7 @@ void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel
 
 // C[k] = A[k] * B[k]; count A->dim; C may be A or B.
 void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   real_products(A->data, B->data, C->data, A->dim);
 }
 
@@ -253,21 +237,13 @@ void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B) {
 // is guarded. Count A->dim; C may be A or B.
 void qel_flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
                            qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   guarded_quotients(A->data, B->data, C->data, A->dim, [alpha](qel_float b) { return alpha + b; });
 }
 
 // C = A / B. Count A->dim; C may be A or B.
 void qel_flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   guarded_quotients(A->data, B->data, C->data, A->dim, [](qel_float b) { return b; });
 }
 
@@ -304,11 +280,7 @@ void qel_cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qe
 // division. Each zero part divides by kEpsilon on its own, in every bin (no
 // tail form here). Count A->dim; C may be A or B.
 void qel_cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null");
-  QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
-  QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B, C), "A, B and C have arrays");
-  QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, C, A, B),
-             "C is A or B, or does not overlap them");
+  QEL_EXPECT_ELEMENTWISE(A->dim);
   const auto over = [](qel_float a, qel_float d) { return a / guarded(d); };
   const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
   qel_float *cr = C->re, *ci = C->im;

@@ -20,6 +20,8 @@ namespace qel::detail {
 
 [[noreturn]] void contract_failed(const char* function, const char* promise);
 
+inline constexpr char kOutIsInputOrApart[] = "C is A or B, or does not overlap them";
+
 // The arrays [a, a + a_bytes) and [b, b + b_bytes) are the very same array
 // (same start) or do not overlap at all: what "in place" allows.
 inline bool same_or_disjoint(const void* a, size_t a_bytes, const void* b, size_t b_bytes) {
@@ -113,3 +115,12 @@ inline bool outside(const float* p, const qel_cpx_vec* v, int n) {
   } while (0)
 
 #endif
+
+// The promises of an element-wise C = f(A, B) whose count is `count` (A->dim
+// or C->dim): records not null, count not negative, arrays present, and C
+// either is A or B or lies apart from them.
+#define QEL_EXPECT_ELEMENTWISE(count)                                                  \
+  QEL_EXPECT(A != nullptr && B != nullptr && C != nullptr, "A, B and C are not null"); \
+  QEL_EXPECT((count) >= 0, #count " >= 0");                                            \
+  QEL_EXPECT(qel::detail::have_arrays(count, A, B, C), "A, B and C have arrays");      \
+  QEL_EXPECT(qel::detail::is_each_or_apart(count, C, A, B), qel::detail::kOutIsInputOrApart)
