@@ -191,7 +191,7 @@ void write_png(PendingFile& out, const Spectrogram& in, const Spectrogram& outp,
   const std::string khz = std::to_string(static_cast<int>(std::lround(top_hz / 1000.0))) + " KHZ";
   cv.text(left - 10 - text_width(khz), top, khz);
   cv.text(left - 10 - text_width("0 HZ"), top + h - kTextHeight, "0 HZ");
-  const std::string range = "-" + std::to_string(static_cast<int>(kRangeDb)) + " TO 0 DB";
+  const std::string range = std::to_string(-static_cast<int>(kRangeDb)) + " TO 0 DB";
   cv.text(cv.width() - right - text_width(range), top + h + 8 + kTextHeight + 4, range);
 
   FILE* f = fdopen(out.fd(), "wb");
