@@ -17,8 +17,7 @@ QEL_M33_BENCH(spectra) {
   }
   qel_cpx_vec A{n, ar, ai}, B{n, br, bi}, C{n, cr, ci};
   qel_flt_vec D{n, br}, O{n, out};
-  // qel_cpx_vec_abs counts its qel_sqrtf calls too (BL and the port's body:
-  // 6 instructions on this port for a non-negative argument, VSQRT included).
+  // qel_cpx_vec_abs counts its qel_sqrtf calls too (BL, VSQRT, return).
   report("qel_cpx_vec_dot_product_conj", "257",
          count([&] { qel_cpx_vec_dot_product_conj(&A, &B, &C); }), n, "bin");
   report("qel_cpx_vec_dot_product_maddc_conj", "257",
@@ -34,4 +33,14 @@ QEL_M33_BENCH(spectra) {
          count([&] { qel_cpx_vec_dot_division_flt(&A, &D, &C); }), n, "bin");
   report("qel_flt_vec_dot_division", "257", count([&] { qel_flt_vec_dot_division(&O, &D, &O); }), n,
          "bin");
+
+  // The rest of the family, for the record (no targets).
+  report("qel_cpx_vec_dot_product_flt", "257",
+         count([&] { qel_cpx_vec_dot_product_flt(&A, &D, &C); }), n, "bin");
+  report("qel_cpx_vec_conj", "257", count([&] { qel_cpx_vec_conj(&A, &C); }), n, "bin");
+  report("qel_flt_vec_ratio_flt", "257", count([&] { qel_flt_vec_ratio_flt(&O, &D, 0.5f, &O); }), n,
+         "bin");
+  float re = 0.0f, im = 0.0f;
+  report("qel_cpx_vec_inner_product", "257",
+         count([&] { qel_cpx_vec_inner_product(&A, &B, &re, &im); }), n, "bin");
 }

@@ -119,12 +119,18 @@ void qel_flt_vec_subtract_max(const qel_flt_vec* A, qel_float b, qel_flt_vec* B,
 void qel_flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_float alpha,
                               qel_flt_vec* C) {
   QEL_EXPECT_ELEMENTWISE(A->dim);
-  const qel_float* a = A->data;
-  const qel_float* ceiling = B->data;
-  qel_float* c = C->data;
-  for (int i = 0; i < A->dim; ++i) {
-    c[i] = alpha - a[i];
-    if (c[i] > ceiling[i]) c[i] = ceiling[i];
+  const auto difference = [alpha](qel_float a) { return alpha - a; };
+  if (B->data == C->data) {
+    // The ceiling is the difference just stored: nothing is ever above it.
+    map_grouped<8>(A->dim, C->data, difference, A->data);
+  } else {
+    map_grouped<8>(
+        A->dim, C->data,
+        [difference](qel_float a, qel_float ceiling) {
+          const qel_float d = difference(a);
+          return (d > ceiling) ? ceiling : d;
+        },
+        A->data, B->data);
   }
 }
 

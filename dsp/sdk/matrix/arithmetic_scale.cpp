@@ -66,22 +66,21 @@ void qel_flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale) {
   QEL_EXPECT(qel::detail::have_arrays(A->dim, A, v_scale), "A and v_scale have arrays");
   QEL_EXPECT(qel::detail::same_or_apart(v_scale->data, A->data, A->dim),
              "v_scale is A or does not overlap it");
-  qel_float* a = A->data;
-  const qel_float* g = v_scale->data;
-  for (int i = 0; i < A->dim; ++i) a[i] = a[i] * g[i];
+  map_grouped<8>(
+      A->dim, A->data, [](qel_float a, qel_float g) { return a * g; }, A->data, v_scale->data);
 }
 
-// A.re[i] += B.re[i] * scale, then A.im[i] += B.im[i] * scale, element by
-// element; count A->dim; B may be A (each part becomes a + a*scale).
+// A.re[i] += B.re[i] * scale and A.im[i] += B.im[i] * scale; count A->dim; B
+// may be A (each part becomes a + a*scale). Every part of every element is
+// independent, so the parts go as two grouped passes.
 void qel_cpx_vec_pairwise_bias(qel_cpx_vec* A, const qel_cpx_vec* B, qel_float scale) {
   QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
   QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
   QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
   QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, A, B), "B is A or does not overlap it");
-  for (int i = 0; i < A->dim; ++i) {
-    A->re[i] = mac(A->re[i], B->re[i], scale);
-    A->im[i] = mac(A->im[i], B->im[i], scale);
-  }
+  const auto bias = [scale](qel_float a, qel_float b) { return mac(a, b, scale); };
+  map_grouped<8>(A->dim, A->re, bias, A->re, B->re);
+  map_grouped<8>(A->dim, A->im, bias, A->im, B->im);
 }
 
 // A[i] += B[i] * scale; count A->dim; B may be A (a + a*scale).
@@ -95,19 +94,16 @@ void qel_flt_vec_pairwise_bias(qel_flt_vec* A, const qel_flt_vec* B, qel_float s
       B->data);
 }
 
-// A.re[i] = A.re[i]*scale + B.re[i], then the same for im; both inputs of a
+// A.re[i] = A.re[i]*scale + B.re[i], and the same for im; both inputs of a
 // part are read before it is stored, so B = A gives a*scale + a. Count A->dim.
 void qel_cpx_vec_scale_add(qel_cpx_vec* A, qel_float scale, const qel_cpx_vec* B) {
   QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
   QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
   QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
   QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, A, B), "B is A or does not overlap it");
-  for (int i = 0; i < A->dim; ++i) {
-    const qel_float re = A->re[i] * scale + B->re[i];
-    A->re[i] = re;
-    const qel_float im = A->im[i] * scale + B->im[i];
-    A->im[i] = im;
-  }
+  const auto scale_add = [scale](qel_float a, qel_float b) { return a * scale + b; };
+  map_grouped<8>(A->dim, A->re, scale_add, A->re, B->re);
+  map_grouped<8>(A->dim, A->im, scale_add, A->im, B->im);
 }
 
 // A[i] = A[i]*scale is stored first, then A[i] += B[i]; B is read after that
@@ -117,11 +113,21 @@ void qel_flt_vec_scale_add(qel_flt_vec* A, qel_float scale, const qel_flt_vec* B
   QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
   QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
   QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, A, B), "B is A or does not overlap it");
-  qel_float* a = A->data;
-  const qel_float* b = B->data;
-  for (int i = 0; i < A->dim; ++i) {
-    a[i] = a[i] * scale;
-    a[i] = a[i] + b[i];
+  // The stored product is the float product, so adding B afterwards equals
+  // adding it to the product in a register, except when B is A: then the
+  // addend is the product that was just stored.
+  if (B->data == A->data) {
+    map_grouped<8>(
+        A->dim, A->data,
+        [scale](qel_float a) {
+          const qel_float t = a * scale;
+          return t + t;
+        },
+        A->data);
+  } else {
+    map_grouped<8>(
+        A->dim, A->data, [scale](qel_float a, qel_float b) { return a * scale + b; }, A->data,
+        B->data);
   }
 }
 
@@ -132,10 +138,15 @@ void qel_fl_mul_step(qel_float* y, const qel_float* x, qel_float gain, qel_float
   QEL_EXPECT(len == 0 || (y != nullptr && x != nullptr), "y and x are not null");
   QEL_EXPECT(qel::detail::is_each_or_apart(len, y, x), "y is x or does not overlap it");
   qel_float g = gain;
-  for (int i = 0; i < len; ++i) {
-    y[i] = x[i] * g;
-    g = g + step;
-  }
+  // The lanes of a group run in index order, so g advances element by element.
+  map_grouped<8>(
+      len, y,
+      [&g, step](qel_float v) {
+        const qel_float out = v * g;
+        g = g + step;
+        return out;
+      },
+      x);
 }
 
 }  // extern "C"

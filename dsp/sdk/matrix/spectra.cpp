@@ -211,23 +211,27 @@ void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt
   real_products(A->data, B->data, C->data, A->dim);
 }
 
-// B = conj(A): re copied bit for bit, im with its sign bit flipped. Done on the
-// bit patterns, so it is exact for every input: +0 becomes -0, a NaN keeps its
+// B = conj(A): re copied bit for bit, im with its sign bit flipped. Both are
+// operations on bits, exact for every input: +0 becomes -0, a NaN keeps its
 // payload, and conjugating twice restores every bit. Count A->dim; B may be A.
 void qel_cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B) {
   QEL_EXPECT(A != nullptr && B != nullptr, "A and B are not null");
   QEL_EXPECT(A->dim >= 0, "A->dim >= 0");
   QEL_EXPECT(qel::detail::have_arrays(A->dim, A, B), "A and B have arrays");
   QEL_EXPECT(qel::detail::is_each_or_apart(A->dim, B, A), "B is A or does not overlap it");
-  constexpr uint32_t kSign = 0x80000000u;
-  const int n = A->dim;
-  for (int k = 0; k < n; ++k) {
-    uint32_t re, im;
-    std::memcpy(&re, A->re + k, sizeof re);
-    std::memcpy(&im, A->im + k, sizeof im);
-    im ^= kSign;
-    std::memcpy(B->re + k, &re, sizeof re);
-    std::memcpy(B->im + k, &im, sizeof im);
+  // Negation is the IEEE sign-bit operation (VNEG on the M33, an XOR of the
+  // sign on the host): no rounding, NaN payloads kept. Block moves copy bits.
+  const auto negated = [](qel_float x) { return -x; };
+  const qel_float *ar = A->re, *ai = A->im;
+  qel_float *br = B->re, *bi = B->im;
+  for (int g = A->dim / 4; g > 0; --g) {
+    auto re = Block<4, 0>::load(ar), im = Block<4, 1>::load(ai);
+    Block<4, 0>::store(br, re);
+    Block<4, 1>::store(bi, lanes<4>(negated, im));
+  }
+  for (int k = A->dim % 4; k > 0; --k) {
+    std::memcpy(br++, ar++, sizeof *br);
+    *bi++ = negated(*ai++);
   }
 }
 
