@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Element-wise minimum and maximum of real and complex vectors, floors, and
 // compression above a threshold.
+#include "detail/blocks.hpp"
 #include "detail/contract.hpp"
 #include "detail/elementwise.hpp"
-#include "detail/loops.hpp"
 #include "detail/mac.hpp"
 #include "vector.h"
 
-using qel::detail::for_each_grouped;
 using qel::detail::map_grouped;
 
 namespace {
@@ -18,20 +17,37 @@ constexpr int kFloorGroup = 8;
 // Ranks complex elements without a square root.
 using qel::detail::cpx_power;
 
+using qel::detail::Block;
+using qel::detail::Lanes;
+
 // C's element i = A's when a_wins(pow_a, pow_b), else B's; both parts always
-// come from one source. Every input of an element is read before C's element
-// is written, so C may be A or B.
+// come from one source. Four elements per step, all loads before the stores,
+// so C may be A or B; the rest one by one by the same rule. One comparison
+// picks both parts.
 template <typename Wins>
 [[gnu::always_inline]] inline void select_by_power(const qel_cpx_vec* A, const qel_cpx_vec* B,
                                                    qel_cpx_vec* C, Wins a_wins) {
+  const auto pick = [a_wins](qel_float ar, qel_float ai, qel_float br, qel_float bi, qel_float& re,
+                             qel_float& im) {
+    const bool take_a = a_wins(cpx_power(ar, ai), cpx_power(br, bi));
+    re = take_a ? ar : br;
+    im = take_a ? ai : bi;
+  };
   const qel_float *are = A->re, *aim = A->im, *bre = B->re, *bim = B->im;
   qel_float *cre = C->re, *cim = C->im;
-  for_each_grouped<kSelectGroup>(A->dim, [&](int i) {
-    const qel_float ar = are[i], ai = aim[i], br = bre[i], bi = bim[i];
-    const bool take_a = a_wins(cpx_power(ar, ai), cpx_power(br, bi));
-    cre[i] = take_a ? ar : br;
-    cim[i] = take_a ? ai : bi;
-  });
+  for (int g = A->dim / 4; g > 0; --g) {
+    // Inputs in s8-s23, results leave from s0-s7.
+    Lanes<4> ar = Block<4, 2>::load(are), ai = Block<4, 3>::load(aim);
+    Lanes<4> br = Block<4, 4>::load(bre), bi = Block<4, 5>::load(bim);
+    Lanes<4> re, im;
+    qel::detail::each_lane<4>([&](auto j) {
+      pick(std::get<j>(ar), std::get<j>(ai), std::get<j>(br), std::get<j>(bi), std::get<j>(re),
+           std::get<j>(im));
+    });
+    Block<4, 0>::store(cre, re);
+    Block<4, 1>::store(cim, im);
+  }
+  for (int k = A->dim % 4; k > 0; --k) pick(*are++, *aim++, *bre++, *bim++, *cre++, *cim++);
 }
 
 }  // namespace
