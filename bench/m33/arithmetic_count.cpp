@@ -33,6 +33,7 @@ QEL_M33_BENCH(arithmetic) {
          "elem");
   report("qel_cpx_vec_scale_add", "512", count([&] { qel_cpx_vec_scale_add(&Y, 0.5f, &X); }), n,
          "elem");
+  report("qel_cpx_vec_add", "512", count([&] { qel_cpx_vec_add(&X, &Y, &Z); }), n, "elem");
   report("qel_fl_add_max", "512", count([&] { qel_fl_add_max(a, b, c, 0.0f, n); }), n, "elem");
   report("qel_flt_vec_subtract_min", "512",
          count([&] { qel_flt_vec_subtract_min(&A, &B, 1.0f, &C); }), n, "elem");

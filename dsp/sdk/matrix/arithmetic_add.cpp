@@ -9,7 +9,7 @@ using qel::detail::map_grouped;
 
 namespace {
 
-constexpr int kAddGroup = 4;    // sums, differences, floored sums
+constexpr int kAddGroup = 8;    // sums, differences, floored sums
 constexpr int kFloorGroup = 8;  // floors of one array
 
 // The floor rule: v is replaced only when the floor is strictly greater, so a
@@ -40,16 +40,13 @@ void qel_flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C)
   qel_fl_add(A->data, B->data, C->data, A->dim);
 }
 
-// C = A + B per part, re and im alternating a group at a time; count A->dim;
-// C may be A or B.
+// C = A + B per part: the whole re array, then the whole im array (every
+// element is independent, so the order of the parts changes nothing); count
+// A->dim; C may be A or B.
 void qel_cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
   QEL_EXPECT_ELEMENTWISE(A->dim);
-  const int n = A->dim;
-  for (int i = 0; i < n; i += kAddGroup) {
-    const int m = (n - i < kAddGroup) ? n - i : kAddGroup;
-    qel_fl_add(A->re + i, B->re + i, C->re + i, m);
-    qel_fl_add(A->im + i, B->im + i, C->im + i, m);
-  }
+  qel_fl_add(A->re, B->re, C->re, A->dim);
+  qel_fl_add(A->im, B->im, C->im, A->dim);
 }
 
 // A[i] += b; count A->dim.
