@@ -18,6 +18,17 @@ void check_same(const Split& a, py::ssize_t n, const std::string& what) {
   same_length(static_cast<py::ssize_t>(a.re.size()), n, what);
 }
 
+// y[k] = measure of bin k of z (power or magnitude), into a new array or out.
+Array<float> bin_measure(const std::string& name, void (*kernel)(const qel_cpx_vec*, qel_flt_vec*),
+                         py::handle z, py::handle out, bool copy) {
+  Split a = cpx_in(z, name + ": z", copy);
+  auto y = output<float>(out, static_cast<py::ssize_t>(a.re.size()), name + ": out");
+  auto ra = a.record();
+  auto ry = record(y);
+  kernel(&ra, &ry);
+  return y;
+}
+
 }  // namespace
 
 void bind_spectra(py::module_& m) {
@@ -258,12 +269,7 @@ array([1.e-08, 2.e+00], dtype=float32)
   m.def(
       "power",
       [](py::handle z, py::handle out, bool copy) {
-        Split a = cpx_in(z, "power: z", copy);
-        auto y = output<float>(out, static_cast<py::ssize_t>(a.re.size()), "power: out");
-        auto ra = a.record();
-        auto ry = record(y);
-        qel_cpx_vec_power(&ra, &ry);
-        return y;
+        return bin_measure("power", qel_cpx_vec_power, z, out, copy);
       },
       "z"_a, "out"_a = py::none(), "copy"_a = false,
       R"doc(Power of every bin: y[k] = re*re + im*im, in float32 (float32 result).
@@ -277,12 +283,7 @@ array([25.], dtype=float32)
   m.def(
       "magnitude",
       [](py::handle z, py::handle out, bool copy) {
-        Split a = cpx_in(z, "magnitude: z", copy);
-        auto y = output<float>(out, static_cast<py::ssize_t>(a.re.size()), "magnitude: out");
-        auto ra = a.record();
-        auto ry = record(y);
-        qel_cpx_vec_abs(&ra, &ry);
-        return y;
+        return bin_measure("magnitude", qel_cpx_vec_abs, z, out, copy);
       },
       "z"_a, "out"_a = py::none(), "copy"_a = false,
       R"doc(Magnitude of every bin: y[k] = sqrtf(re*re + im*im) (float32 result).
