@@ -9,22 +9,18 @@ void fl_mul_scale(float* y, const float* x, float gain, int len) {
   for (int i = 0; i < len; ++i) y[i] = x[i] * gain;
 }
 
-void cpx_vec_scale(qel_cpx_vec* A, float scale) {
-  for (int i = 0; i < A->dim; ++i) A->re[i] = A->re[i] * scale;
-  for (int i = 0; i < A->dim; ++i) A->im[i] = A->im[i] * scale;
-}
+// The vector forms forward to the kernel: whole re, then whole im.
+void cpx_vec_scale(qel_cpx_vec* A, float scale) { cpx_vec_scale2(A, scale, A); }
 
 void cpx_vec_scale2(const qel_cpx_vec* A, float scale, qel_cpx_vec* B) {
-  for (int i = 0; i < A->dim; ++i) B->re[i] = A->re[i] * scale;
-  for (int i = 0; i < A->dim; ++i) B->im[i] = A->im[i] * scale;
+  fl_mul_scale(B->re, A->re, scale, A->dim);
+  fl_mul_scale(B->im, A->im, scale, A->dim);
 }
 
-void flt_vec_scale(qel_flt_vec* A, float scale) {
-  for (int i = 0; i < A->dim; ++i) A->data[i] = A->data[i] * scale;
-}
+void flt_vec_scale(qel_flt_vec* A, float scale) { fl_mul_scale(A->data, A->data, scale, A->dim); }
 
 void flt_vec_scale2(const qel_flt_vec* A, float scale, qel_flt_vec* B) {
-  for (int i = 0; i < A->dim; ++i) B->data[i] = A->data[i] * scale;
+  fl_mul_scale(B->data, A->data, scale, A->dim);
 }
 
 void flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale) {
@@ -88,7 +84,7 @@ void fl_add(const float* A, const float* B, float* C, int len) {
 }
 
 void flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  for (int i = 0; i < A->dim; ++i) C->data[i] = A->data[i] + B->data[i];
+  fl_add(A->data, B->data, C->data, A->dim);
 }
 
 void cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
@@ -116,7 +112,7 @@ void fl_add_max(const float* A, const float* B, float* C, float m, int len) {
 }
 
 void flt_vec_add_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C, float min) {
-  for (int i = 0; i < A->dim; ++i) C->data[i] = floored(A->data[i] + B->data[i], min);
+  fl_add_max(A->data, B->data, C->data, min, A->dim);
 }
 
 void fl_max(const float* A, float* B, float c, int len) {
@@ -136,34 +132,25 @@ void flt_vec_subtract_min(const qel_flt_vec* A, const qel_flt_vec* B, float alph
 
 // ---- Minimum, maximum and clipping ----
 
-void cpx_vec_min(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+namespace {
+// C's element i is A's whole element when a_wins, else B's.
+template <typename Wins>
+void select(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C, Wins a_wins) {
   for (int i = 0; i < A->dim; ++i) {
     const float ar = A->re[i], ai = A->im[i], br = B->re[i], bi = B->im[i];
-    const float pow_a = ar * ar + ai * ai;
-    const float pow_b = br * br + bi * bi;
-    if (pow_a < pow_b) {
-      C->re[i] = ar;
-      C->im[i] = ai;
-    } else {
-      C->re[i] = br;
-      C->im[i] = bi;
-    }
+    const bool take_a = a_wins(ar * ar + ai * ai, br * br + bi * bi);
+    C->re[i] = take_a ? ar : br;
+    C->im[i] = take_a ? ai : bi;
   }
+}
+}  // namespace
+
+void cpx_vec_min(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
+  select(A, B, C, [](float pow_a, float pow_b) { return pow_a < pow_b; });
 }
 
 void cpx_vec_max(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  for (int i = 0; i < A->dim; ++i) {
-    const float ar = A->re[i], ai = A->im[i], br = B->re[i], bi = B->im[i];
-    const float pow_a = ar * ar + ai * ai;
-    const float pow_b = br * br + bi * bi;
-    if (pow_a > pow_b) {
-      C->re[i] = ar;
-      C->im[i] = ai;
-    } else {
-      C->re[i] = br;
-      C->im[i] = bi;
-    }
-  }
+  select(A, B, C, [](float pow_a, float pow_b) { return pow_a > pow_b; });
 }
 
 void flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
@@ -181,13 +168,7 @@ void flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
 }
 
 void flt_vec_max_value(const qel_flt_vec* A, float threshold, qel_flt_vec* B) {
-  for (int i = 0; i < A->dim; ++i) {
-    if (A->data[i] > threshold) {
-      B->data[i] = A->data[i];
-    } else {
-      B->data[i] = threshold;
-    }
-  }
+  for (int i = 0; i < A->dim; ++i) B->data[i] = (A->data[i] > threshold) ? A->data[i] : threshold;
 }
 
 void cpx_vec_max_value(qel_cpx_vec* A, float max_abs_value) {

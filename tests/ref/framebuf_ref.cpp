@@ -3,8 +3,8 @@
 
 namespace qel::ref {
 
-void circular(float* out, float* delay, const float* in, const float* gain, int delay_len,
-              int delay_write_index, int in_len) {
+void fl_circular(float* out, float* delay, const float* in, const float* gain, int delay_len,
+                 int delay_write_index, int in_len) {
   int p = delay_write_index;
   for (int i = 0; i < in_len; ++i) {
     const float value = gain[i] * delay[p];
@@ -15,7 +15,7 @@ void circular(float* out, float* delay, const float* in, const float* gain, int 
   }
 }
 
-void maa(float* fft_data, const float* buff, const float* window, int nfft) {
+void fl_maa(float* fft_data, const float* buff, const float* window, int nfft) {
   for (int k = 0; k < nfft; ++k) fft_data[k] = fft_data[k] + buff[k] * window[-k];
 }
 

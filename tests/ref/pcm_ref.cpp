@@ -18,19 +18,19 @@ int32_t to_int24(float value) {
   return static_cast<int32_t>(value);
 }
 
-void normalize(const int16_t* in, float* out, int len) {
+void vec_normalize(const int16_t* in, float* out, int len) {
   for (int k = 0; k < len; ++k) out[k] = static_cast<float>(in[k]) / 32768.0f;
 }
 
-void denormalize(const float* in, int16_t* out, int len) {
+void vec_denormalize(const float* in, int16_t* out, int len) {
   for (int k = 0; k < len; ++k) out[k] = to_int16(in[k] * 32768.0f);
 }
 
-void normalize24(const int32_t* in, float* out, int len) {
+void vec_normalize24(const int32_t* in, float* out, int len) {
   for (int k = 0; k < len; ++k) out[k] = static_cast<float>(in[k]) / 8388608.0f;
 }
 
-void denormalize24(const float* in, int32_t* out, int len) {
+void vec_denormalize24(const float* in, int32_t* out, int len) {
   for (int k = 0; k < len; ++k) out[k] = to_int24(in[k] * 8388608.0f);
 }
 

@@ -1,38 +1,40 @@
 // SPDX-License-Identifier: MIT
-// Plain references for the spectra: one obvious loop per function, over raw
-// arrays with an explicit count.
+// Plain references for products, divisions and powers: one obvious loop per
+// function, same arguments as the library's.
 #pragma once
 
 #include "vector.h"
 
 namespace qel::ref {
 
-void cpx_product(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
-                 float* ci, int n);
+// Raw-array forms with an explicit count, which the record forms below use.
 void cpx_conj_product(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
                       float* ci, int n);
-void cpx_maddc_conj(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
-                    float* ci, int n);
-void real_product(const float* a, const float* b, float* c, int n);
-void cpx_conj(const float* ar, const float* ai, float* br, float* bi, int n);
-
-// Quotients with the position-dependent zero guard: elements below 4*(n/4)
-// divide by 1e-8f, the others multiply by 1e8f.
-void ratio(const float* a, const float* b, float alpha, float* c, int n);
-void division(const float* a, const float* b, float* c, int n);
 void cpx_division_flt(const float* ar, const float* ai, const float* b, float* cr, float* ci,
                       int n);
-void cpx_division(const float* ar, const float* ai, const float* br, const float* bi, float* cr,
-                  float* ci, int n);
-void fl_division(const float* a, float* b, float* c, int n);
-
 void power(const float* re, const float* im, float* out, int n);
-// Calls qel_sqrtf once per element, in order.
-void magnitude(const float* re, const float* im, float* out, int n);
 float power_sum(const float* re, const float* im, int n);
-void inner_product(const float* ar, const float* ai, const float* br, const float* bi, float* re,
-                   float* im, int n);
-// Calls qel_powf once per element, in order.
-void powf_law(float* a, const float* b, float alpha, int n);
+
+void cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
+void cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
+void cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
+void cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C);
+void flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C);
+void cpx_vec_conj(const qel_cpx_vec* A, qel_cpx_vec* B);
+
+// Elements below 4 * (n / 4) divide a zero denominator's numerator by 1e-8f,
+// the others multiply it by 1e8f.
+void flt_vec_ratio_flt(const qel_flt_vec* A, const qel_flt_vec* B, float alpha, qel_flt_vec* C);
+void flt_vec_dot_division(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C);
+void cpx_vec_dot_division_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C);
+void cpx_vec_dot_division(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
+void fl_division(const float* A, float* B, float* C, int len);
+
+void cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B);
+void cpx_vec_abs(const qel_cpx_vec* A, qel_flt_vec* B);  // one qel_sqrtf per element
+float cpx_vec_power_sum(const qel_cpx_vec* A);
+float cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num);
+void cpx_vec_inner_product(const qel_cpx_vec* A, const qel_cpx_vec* B, float* re, float* im);
+void flt_vec_powf(qel_flt_vec* A, const qel_flt_vec* B, float alpha);  // one qel_powf each
 
 }  // namespace qel::ref

@@ -35,8 +35,11 @@ inline float from_bits(uint32_t u) {
 }
 
 // Same bits, except that any NaN matches any NaN: the machines disagree on the
-// NaN that inf - inf produces, and no contract names a payload.
-inline bool same_value(float a, float b) { return (a != a && b != b) || bits(a) == bits(b); }
+// NaN that inf - inf produces. `exact` compares NaN payloads too, for results
+// that are copies of an operand (selections, fills, conjugates).
+inline bool same_value(float a, float b, bool exact = false) {
+  return (!exact && a != a && b != b) || bits(a) == bits(b);
+}
 
 // "1.5 (0x3fc00000)": the value and its bits, so -0 and NaN payloads show.
 std::string describe(float x);
@@ -115,10 +118,27 @@ class Canary {
   std::vector<T> cells_;
 };
 
-// Compares the first n values of two buffers (any NaN matches any NaN) and
-// checks that the canaries of `got` are untouched.
-void expect_same_values(const float* want, const float* got, int n, const char* what = "");
-void expect_same_values(const Canary<float>& want, const Canary<float>& got, const char* what = "");
+// Compares the first n values of two buffers (any NaN matches any NaN unless
+// exact); returns whether they were the same.
+bool expect_same_values(const float* want, const float* got, int n, const char* what = "",
+                        bool exact = false);
+
+// The same for canary buffers, whose canaries in `got` must be untouched.
+template <typename T>
+bool expect_same(const Canary<T>& want, const Canary<T>& got, const char* what = "",
+                 bool exact = false) {
+  bool same = want.size() == got.size() && got.intact();
+  EXPECT_TRUE(same) << what << ": a cell past element " << got.size() << " was written";
+  if constexpr (std::is_floating_point_v<T>) {
+    return expect_same_values(want.data(), got.data(), want.size(), what, exact) && same;
+  } else {
+    for (int i = 0; i < want.size() && same; ++i) {
+      same = want[i] == got[i];
+      EXPECT_EQ(want[i], got[i]) << what << " element " << i;
+    }
+    return same;
+  }
+}
 
 // Records over canary buffers; the record's dim is the buffer's size.
 inline qel_flt_vec flt_record(Canary<float>& b) { return {b.size(), b.data()}; }
