@@ -29,35 +29,26 @@ void flt_vec_pairwise_scale(qel_flt_vec* A, const qel_flt_vec* v_scale) {
 
 void cpx_vec_pairwise_bias(qel_cpx_vec* A, const qel_cpx_vec* B, float scale) {
   for (int i = 0; i < A->dim; ++i) {
-    const float b_re = B->re[i];
-    A->re[i] = A->re[i] + b_re * scale;
-    const float b_im = B->im[i];
-    A->im[i] = A->im[i] + b_im * scale;
+    A->re[i] = A->re[i] + B->re[i] * scale;
+    A->im[i] = A->im[i] + B->im[i] * scale;
   }
 }
 
 void flt_vec_pairwise_bias(qel_flt_vec* A, const qel_flt_vec* B, float scale) {
-  for (int i = 0; i < A->dim; ++i) {
-    const float b = B->data[i];
-    const float a = A->data[i];
-    A->data[i] = a + b * scale;
-  }
+  for (int i = 0; i < A->dim; ++i) A->data[i] = A->data[i] + B->data[i] * scale;
 }
 
 void cpx_vec_scale_add(qel_cpx_vec* A, float scale, const qel_cpx_vec* B) {
   for (int i = 0; i < A->dim; ++i) {
-    const float a_re = A->re[i], b_re = B->re[i];
-    A->re[i] = a_re * scale + b_re;
-    const float a_im = A->im[i], b_im = B->im[i];
-    A->im[i] = a_im * scale + b_im;
+    A->re[i] = A->re[i] * scale + B->re[i];
+    A->im[i] = A->im[i] * scale + B->im[i];
   }
 }
 
 void flt_vec_scale_add(qel_flt_vec* A, float scale, const qel_flt_vec* B) {
   for (int i = 0; i < A->dim; ++i) {
     A->data[i] = A->data[i] * scale;  // stored before B is read
-    const float b = B->data[i];
-    A->data[i] = A->data[i] + b;
+    A->data[i] = A->data[i] + B->data[i];
   }
 }
 
@@ -73,10 +64,7 @@ void fl_mul_step(float* y, const float* x, float gain, float step, int len) {
 
 namespace {
 // Raised to the floor only when the floor is strictly greater.
-float floored(float v, float floor) {
-  if (floor > v) return floor;
-  return v;
-}
+float floored(float v, float floor) { return (floor > v) ? floor : v; }
 }  // namespace
 
 void fl_add(const float* A, const float* B, float* C, int len) {
@@ -88,10 +76,8 @@ void flt_vec_add(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
 }
 
 void cpx_vec_add(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
-  for (int i = 0; i < A->dim; ++i) {
-    C->re[i] = A->re[i] + B->re[i];
-    C->im[i] = A->im[i] + B->im[i];
-  }
+  fl_add(A->re, B->re, C->re, A->dim);
+  fl_add(A->im, B->im, C->im, A->dim);
 }
 
 void flt_vec_add_flt(qel_flt_vec* A, float b) {
@@ -154,17 +140,11 @@ void cpx_vec_max(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
 }
 
 void flt_vec_min(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  for (int i = 0; i < A->dim; ++i) {
-    const float a = A->data[i], b = B->data[i];
-    C->data[i] = (a < b) ? a : b;
-  }
+  for (int i = 0; i < A->dim; ++i) C->data[i] = (A->data[i] < B->data[i]) ? A->data[i] : B->data[i];
 }
 
 void flt_vec_max(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C) {
-  for (int i = 0; i < A->dim; ++i) {
-    const float a = A->data[i], b = B->data[i];
-    C->data[i] = (a > b) ? a : b;
-  }
+  for (int i = 0; i < A->dim; ++i) C->data[i] = (A->data[i] > B->data[i]) ? A->data[i] : B->data[i];
 }
 
 void flt_vec_max_value(const qel_flt_vec* A, float threshold, qel_flt_vec* B) {

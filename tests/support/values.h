@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <limits>
 #include <random>
 #include <string>
@@ -74,10 +73,10 @@ class Rng {
 
 // Lengths for a randomized test: every n in 0..70 (each mix of a grouped body
 // and a remainder for groups of 2, 4 and 8), then a few large ones.
-inline std::vector<int> diff_lengths(std::initializer_list<int> large = {127, 256, 513}) {
+inline std::vector<int> diff_lengths() {
   std::vector<int> n;
   for (int i = 0; i <= 70; ++i) n.push_back(i);
-  n.insert(n.end(), large.begin(), large.end());
+  n.insert(n.end(), {127, 256, 513});
   return n;
 }
 
@@ -138,12 +137,6 @@ bool expect_same(const Canary<T>& want, const Canary<T>& got, const char* what =
     }
     return same;
   }
-}
-
-// Records over canary buffers; the record's dim is the buffer's size.
-inline qel_flt_vec flt_record(Canary<float>& b) { return {b.size(), b.data()}; }
-inline qel_cpx_vec cpx_record(Canary<float>& re, Canary<float>& im) {
-  return {re.size(), re.data(), im.data()};
 }
 
 }  // namespace qel::test
