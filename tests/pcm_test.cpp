@@ -29,34 +29,19 @@ struct ToIntCase {
   float x;
   int want;
 };
+// clang-format off
 const ToIntCase kToInt[] = {
-    {to16, 40000.0f, 32767},
-    {to16, 32767.9f, 32767},
-    {to16, -32768.9f, -32768},
-    {to16, -40000.0f, -32768},
-    {to16, 0.9f, 0},
-    {to16, -0.9f, 0},
-    {to16, 2.9f, 2},
-    {to16, -2.9f, -2},
-    {to16, kNaN, 0},
-    {to16, kInf, 32767},
-    {to16, -kInf, -32768},
-    {to16, 1e10f, 32767},
-    {denorm, 1.0f, 32767},
-    {denorm, -1.0f, -32768},
-    {denorm, 0.5f, 16384},
-    {denorm, 1.5f, 32767},
-    {denorm, 3.0e-05f, 0},
-    {denorm, -3.0e-05f, 0},
-    {denorm, -4.5e-05f, -1},
-    {denorm, kNaN, 0},
-    {denorm24, 1.0f, 8388607},
-    {denorm24, -1.0f, -8388608},
-    {denorm24, 0.99999994f, 8388607},
-    {denorm24, -2.5e-7f, -2},
-    {denorm24, kNaN, 0},
-    {denorm24, -kInf, -8388608},
+    {to16, 40000.0f, 32767},      {to16, 32767.9f, 32767},     {to16, -32768.9f, -32768},
+    {to16, -40000.0f, -32768},    {to16, 0.9f, 0},             {to16, -0.9f, 0},
+    {to16, 2.9f, 2},              {to16, -2.9f, -2},           {to16, kNaN, 0},
+    {to16, kInf, 32767},          {to16, -kInf, -32768},       {to16, 1e10f, 32767},
+    {denorm, 1.0f, 32767},        {denorm, -1.0f, -32768},     {denorm, 0.5f, 16384},
+    {denorm, 1.5f, 32767},        {denorm, 3.0e-05f, 0},       {denorm, -3.0e-05f, 0},
+    {denorm, -4.5e-05f, -1},      {denorm, kNaN, 0},           {denorm24, 1.0f, 8388607},
+    {denorm24, -1.0f, -8388608},  {denorm24, 0.99999994f, 8388607},  {denorm24, -2.5e-7f, -2},
+    {denorm24, kNaN, 0},          {denorm24, -kInf, -8388608},
 };
+// clang-format on
 
 TEST(Pcm, SaturatesThenTruncates) {
   for (const ToIntCase& c : kToInt) EXPECT_EQ(c.fn(c.x), c.want) << describe(c.x);
