@@ -10,8 +10,6 @@ import pytest
 import qel
 
 f32, c64 = np.float32, np.complex64
-
-
 R, C = (lambda *v: np.array(v, f32)), (lambda *v: np.array(v, c64))  # noqa: E731
 
 a, b = R(1, -2, 3, 0.5, -4), R(4, 0.5, -1, 2, 8)

@@ -21,7 +21,7 @@ MAKERS = [  # (make a fresh object, one signal, block sizes: the state grows on 
 ]
 
 
-@pytest.mark.parametrize("make,sig,sizes", MAKERS)
+@pytest.mark.parametrize("make,sig,sizes", MAKERS, ids=["Fir", "Dec", "Dec16", "Int", "Int16", "Delay"])
 def test_blocks_continue_the_signal_and_reset_restarts_it(make, sig, sizes):
     whole = make().process(sig)
     obj, parts, pos = make(), [], 0
