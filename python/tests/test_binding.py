@@ -38,7 +38,7 @@ ROWS = [  # (function, arguments, result)
     (qel.power_law, (R(4, 9, 16), R(1, 2, -1), 0.5), R(2, 9, 0.25)),
     (qel.window_accumulate, (a, b, R(1, 0, 2, 0.5, 3)), R(13, -1.75, 1, 0.5, 4)),
     (qel.sum, (a,), f32(-1.5)),
-    (qel.sum, (a, 1, 3), f32(1.5)),
+    (qel.sum, (a, 2, 3), f32(-0.5)),  # a range that ends at the last element
     (qel.var, (R(1, 3, 5, 7, 9),), f32(10)),
     (qel.abs_max, (a,), f32(4)),
     (qel.normalize, (np.int16([16384, -32768, 1]),), R(0.5, -1, 2**-15)),
@@ -147,7 +147,7 @@ def test_divide_eps_leaves_b_alone_unless_asked():
 def test_fill_and_copy_range_per_dtype():
     assert_same(qel.fill(np.zeros(1, f32), -0.0), R(-0.0))
     assert_same(qel.fill(np.zeros(1, np.int16), -32768), np.int16([-32768]))
-    for src, end, want in [(R(0, 1, 2, 3), 1, R(9, 9, 9, 9)), (C(0, 1j, 2, 3j), 2, C(9, 1j, 2, 9))]:
+    for src, end, want in [(R(0, 1, 2, 3), 1, R(9, 9, 9, 9)), (C(0, 1j, 2, 3j), 3, C(9, 1j, 2, 3j))]:
         assert_same(qel.copy_range(src, 1, end, np.full_like(src, 9)), want)  # end inclusive, > start
 
 
