@@ -4,15 +4,19 @@
 # the contract checks compiled in).
 set -eu
 cd "$(dirname "$0")/.."
-files=$(git ls-files 'dsp/*.h' 'dsp/*.hpp' 'dsp/*.cpp' 'dsp/*.c' 'tests/*.h' 'tests/*.cpp' 'tests/*.c' \
-  'bench/*.h' 'bench/*.cpp' 'examples/*.h' 'examples/*.cpp' 'examples/*.c' \
-  'python/*.hpp' 'python/*.cpp')
+# The file set is found, not asked of git: a release tarball has no .git
+# and a fresh machine may have no git.
+sources() {
+  find "$@" -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -name '*.c' \) \
+    -not -path '*/build/*' | sort
+}
+files=$(sources dsp tests bench examples python)
 # shellcheck disable=SC2086
 clang-format --dry-run --Werror $files
 echo "clang-format: clean ($(echo "$files" | wc -w) files)"
 # The checked build compiles every contract check as well as the kernels.
 cmake --preset host-checked -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
-lib=$(git ls-files 'dsp/sdk/matrix/*.cpp' 'dsp/sdk/port/hosted/*.cpp')
+lib=$(sources dsp/sdk/matrix dsp/sdk/port/hosted | grep '\.cpp$')
 # shellcheck disable=SC2086
 clang-tidy --quiet -p build/host-checked $lib 2>&1 | grep -v -E '^[0-9]+ warnings? generated|Suppressed|Use -header-filter|^$' || true
 # shellcheck disable=SC2086

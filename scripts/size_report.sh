@@ -37,3 +37,4 @@ echo
 echo "### Library check"
 echo
 ./cmake/check_library.sh build/m33-size-O2/dsp/sdk/libqel.a arm-none-eabi-nm arm-none-eabi-objdump m33
+echo && ./scripts/line_count.sh
