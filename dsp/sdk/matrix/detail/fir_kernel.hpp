@@ -57,9 +57,101 @@ template <typename S>
 // G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
 // register; the last taps mod R load their G samples directly, so the ring
 // need not outlive the loop.
+#if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
+// B coefficients and B samples, loaded back to back from fixed offsets
+// (bytes) of bases that stay put during the loop: a run of loads overlaps
+// each load with the next, where loads between arithmetic, or with
+// write-back, take two cycles each.
+template <int B, int Cs, int C0, int W0>
+[[gnu::always_inline]] inline void load_block(float (&cf)[B], const float* cp, const float* wp,
+                                              float& x0, float& x1, float& x2, float& x3) {
+  if constexpr (B == 4) {
+    __asm volatile(
+        "vldr %0, [%8, %10]\n\tvldr %1, [%8, %11]\n\tvldr %2, [%8, %12]\n\t"
+        "vldr %3, [%8, %13]\n\tvldr %4, [%9, %14]\n\tvldr %5, [%9, %15]\n\t"
+        "vldr %6, [%9, %16]\n\tvldr %7, [%9, %17]"
+        : "=t"(cf[0]), "=t"(cf[1]), "=t"(cf[2]), "=t"(cf[3]), "=t"(x0), "=t"(x1), "=t"(x2), "=t"(x3)
+        : "r"(cp), "r"(wp), "i"(C0), "i"(C0 + Cs), "i"(C0 + 2 * Cs), "i"(C0 + 3 * Cs), "i"(W0),
+          "i"(W0 + Cs), "i"(W0 + 2 * Cs), "i"(W0 + 3 * Cs)
+        : "memory");
+  } else if constexpr (B == 2) {
+    __asm volatile(
+        "vldr %0, [%4, %6]\n\tvldr %1, [%4, %7]\n\tvldr %2, [%5, %8]\n\tvldr %3, [%5, %9]"
+        : "=t"(cf[0]), "=t"(cf[1]), "=t"(x0), "=t"(x1)
+        : "r"(cp), "r"(wp), "i"(C0), "i"(C0 + Cs), "i"(W0), "i"(W0 + Cs)
+        : "memory");
+  } else {
+    __asm volatile("vldr %0, [%2, %4]\n\tvldr %1, [%3, %5]"
+                   : "=t"(cf[0]), "=t"(x0)
+                   : "r"(cp), "r"(wp), "i"(C0), "i"(W0)
+                   : "memory");
+  }
+}
+
+// fir_group below for a stride known at compile time, with its schedule
+// fixed. Taps go in blocks of B: the block's B coefficients and B new samples
+// are loaded in one run, then each tap feeds the G outputs in order. The ring
+// holds Q >= R + B - 1 samples (sample t in slot t mod Q), as many as the
+// 32 registers allow beside the G sums, the B coefficients and a product.
+// The loop covers Q taps, so every slot is a fixed register; the blocks left
+// over run the same code once, and the last taps mod B load directly.
+template <int G, int D>
+constexpr int kBlockTaps = (D * (G - 1) + 1 + 3 + 3) / 4 * 4 <= 32 - G - 4 - 1 ? 4
+                           : (D*(G - 1) + 1 + 1 + 1) / 2 * 2 <= 32 - G - 2 - 1 ? 2
+                                                                               : 1;
+
+template <int G, int D, int s>
+[[gnu::always_inline]] inline void fir_group_vfp(const float* w, const float* c, int taps,
+                                                 float (&y)[G]) {
+  constexpr int R = D * (G - 1) + 1;
+  constexpr int B = kBlockTaps<G, D>;
+  constexpr int Q = (R + B - 1 + B - 1) / B * B;
+  static_assert(Q >= R + B - 1);
+  constexpr int Cs = 4 * s;  // bytes between taps
+  float x[Q];
+  unroll<R - 1>([&]<int t>() QEL_INLINE { x[t] = w[t * s]; });
+  unroll<G>([&]<int g>() QEL_INLINE { y[g] = 0.0f; });
+  // Block m of the loop: taps m*B .. m*B+B-1 from wk, ck.
+  auto block = [&]<int m>(const float* wk, const float* ck) QEL_INLINE {
+    float cf[B];
+    constexpr int t0 = m * B + R - 1;  // first new sample
+    // Slots of the new samples; the spare operands of small blocks repeat the first.
+    constexpr int n1 = (t0 + (B > 1 ? 1 : 0)) % Q, n2 = (t0 + (B > 2 ? 2 : 0)) % Q;
+    constexpr int n3 = (t0 + (B > 3 ? 3 : 0)) % Q;
+    load_block<B, Cs, Cs * m * B, Cs * t0>(cf, ck, wk, x[t0 % Q], x[n1], x[n2], x[n3]);
+    unroll<B>([&]<int j>() QEL_INLINE {
+      unroll<G>([&]<int g>() QEL_INLINE { mac_here(y[g], cf[j], x[(m * B + j + g * D) % Q]); });
+    });
+  };
+  constexpr int kBlocks = Q / B;
+  const float* wk = w;
+  const float* ck = c;
+  for (int n = taps / Q; n > 0; --n) {
+    unroll<kBlocks>([&]<int m>() QEL_INLINE { block.template operator()<m>(wk, ck); });
+    wk += Q * s;
+    ck += Q * s;
+  }
+  int k = taps / Q * Q;
+  const int left = (taps - k) / B;
+  unroll<kBlocks - 1>([&]<int m>() QEL_INLINE {
+    if (m < left) block.template operator()<m>(wk, ck);
+  });
+  for (k += left * B; k < taps; ++k) {
+    const float ck1 = c[k * s];
+    unroll<G>([&]<int g>() QEL_INLINE { mac_here(y[g], ck1, w[(g * D + k) * s]); });
+  }
+}
+#endif
+
 template <int G, int D, typename S>
 [[gnu::always_inline]] inline void fir_group(const float* w, const float* c, int taps, S s,
                                              float (&y)[G]) {
+#if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
+  if constexpr (!std::is_same_v<S, int>) {
+    fir_group_vfp<G, D, S::value>(w, c, taps, y);
+    return;
+  }
+#endif
   constexpr int R = D * (G - 1) + 1;
   float x[R];
   unroll<R - 1>([&]<int t>() QEL_INLINE { x[t] = w[t * s]; });

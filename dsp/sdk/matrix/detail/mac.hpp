@@ -47,6 +47,22 @@ namespace qel::detail {
 #endif
 }
 
+// acc += a * b as above, at this point of the instruction stream: the step
+// stays where the source puts it (no reordering among such steps), so a loop
+// can keep its loads together. For the inner loops whose schedule matters.
+[[gnu::always_inline]] inline void mac_here(float& acc, float a, float b) {
+#if QEL_USE_VMLA
+  __asm volatile("vmla.f32 %0, %1, %2" : "+t"(acc) : "t"(a), "t"(b));
+#elif QEL_ARM_VFP
+  float p;
+  __asm volatile("vmul.f32 %1, %2, %3\n\tvadd.f32 %0, %0, %1"
+                 : "+t"(acc), "=&t"(p)
+                 : "t"(a), "t"(b));
+#else
+  acc = acc + a * b;
+#endif
+}
+
 // The power of a complex element, re*re + im*im in single precision: how the
 // library measures and ranks bins.
 [[gnu::always_inline]] inline float cpx_power(float re, float im) { return mac(re * re, im, im); }
