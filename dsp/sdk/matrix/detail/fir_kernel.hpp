@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "detail/blocks.hpp"
 #include "detail/mac.hpp"
 #include "utils.h"
 
@@ -28,6 +29,12 @@ inline constexpr bool kFactorVariants = false;
 inline constexpr bool kFactorVariants = true;
 #endif
 
+// Outputs per group of the unit-stride filters: ten share each coefficient
+// load on the M33 (blocks of two taps keep the ring, sums and coefficients in
+// registers); builds for size keep eight.
+inline constexpr int kWideGroup = kFactorVariants ? 10 : 8;
+inline constexpr int kWideBlock = 2;
+
 // A stride known at compile time (1) or at run time (an int): loads at
 // compile-time strides fold into immediate offsets.
 using UnitStride = std::integral_constant<int, 1>;
@@ -39,24 +46,15 @@ template <int N, typename F>
   (std::make_integer_sequence<int, N>{});
 }
 
-// One output over taps ascending: the plain formula, used for the outputs
-// left over after the groups.
-template <typename S>
-[[gnu::always_inline]] inline float fir_dot(const float* w, const float* c, int taps, S s) {
-  float acc = 0.0f;
-  for (int k = 0; k < taps; ++k) acc = mac(acc, c[k * s], w[k * s]);
-  return acc;
-}
+// Taps per block of the M33 loop below: by default the largest of 4, 2, 1 that
+// lets the ring, the G sums, the B coefficients and a product share the 32
+// registers. A caller may ask for fewer where the allocator copies registers
+// around a full set.
+template <int G, int D>
+constexpr int kBlockTaps = (D * (G - 1) + 1 + 3 + 3) / 4 * 4 <= 32 - G - 4 - 1 ? 4
+                           : (D*(G - 1) + 1 + 1 + 1) / 2 * 2 <= 32 - G - 2 - 1 ? 2
+                                                                               : 1;
 
-// G outputs at once: y[g] = sum over k < taps of c[k*s] * w[(g*D + k)*s].
-//
-// At tap k output g reads sample t = g*D + k, so the G outputs of one tap need
-// samples k, k+D, ..., k+(G-1)*D. Those live in a ring of R = D*(G-1)+1
-// registers: each tap loads one coefficient and one new sample (t = k+R-1,
-// into the slot of sample k-1, which no output needs any more) and feeds all
-// G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
-// register; the last taps mod R load their G samples directly, so the ring
-// need not outlive the loop.
 #if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
 // B coefficients and B samples, loaded back to back from fixed offsets
 // (bytes) of bases that stay put during the loop: a run of loads overlaps
@@ -91,20 +89,15 @@ template <int B, int Cs, int C0, int W0>
 // fir_group below for a stride known at compile time, with its schedule
 // fixed. Taps go in blocks of B: the block's B coefficients and B new samples
 // are loaded in one run, then each tap feeds the G outputs in order. The ring
-// holds Q >= R + B - 1 samples (sample t in slot t mod Q), as many as the
-// 32 registers allow beside the G sums, the B coefficients and a product.
-// The loop covers Q taps, so every slot is a fixed register; the blocks left
-// over run the same code once, and the last taps mod B load directly.
-template <int G, int D>
-constexpr int kBlockTaps = (D * (G - 1) + 1 + 3 + 3) / 4 * 4 <= 32 - G - 4 - 1 ? 4
-                           : (D*(G - 1) + 1 + 1 + 1) / 2 * 2 <= 32 - G - 2 - 1 ? 2
-                                                                               : 1;
+// holds Q samples (sample t in slot t mod Q), the least multiple of B that
+// covers a block's R + B - 1. The loop covers Q taps, so every slot is a
+// fixed register; the blocks left over run the same code once, and the last
+// taps mod B load directly.
 
-template <int G, int D, int s>
+template <int G, int D, int B, int s>
 [[gnu::always_inline]] inline void fir_group_vfp(const float* w, const float* c, int taps,
                                                  float (&y)[G]) {
   constexpr int R = D * (G - 1) + 1;
-  constexpr int B = kBlockTaps<G, D>;
   constexpr int Q = (R + B - 1 + B - 1) / B * B;
   static_assert(Q >= R + B - 1);
   constexpr int Cs = 4 * s;  // bytes between taps
@@ -143,12 +136,44 @@ template <int G, int D, int s>
 }
 #endif
 
-template <int G, int D, typename S>
+// One output over taps ascending: the plain formula, used for the outputs
+// left over after the groups.
+template <typename S>
+[[gnu::always_inline]] inline float fir_dot(const float* w, const float* c, int taps, S s) {
+  float acc = 0.0f;
+  int k = 0;
+#if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
+  if constexpr (!std::is_same_v<S, int>) {
+    // Runs of four coefficients and four samples, as in fir_group_vfp.
+    for (; k + 4 <= taps; k += 4) {
+      float cf[4], x0, x1, x2, x3;
+      load_block<4, 4 * S::value, 0, 0>(cf, c + k * s, w + k * s, x0, x1, x2, x3);
+      mac_here(acc, cf[0], x0);
+      mac_here(acc, cf[1], x1);
+      mac_here(acc, cf[2], x2);
+      mac_here(acc, cf[3], x3);
+    }
+  }
+#endif
+  for (; k < taps; ++k) acc = mac(acc, c[k * s], w[k * s]);
+  return acc;
+}
+
+// G outputs at once: y[g] = sum over k < taps of c[k*s] * w[(g*D + k)*s].
+//
+// At tap k output g reads sample t = g*D + k, so the G outputs of one tap need
+// samples k, k+D, ..., k+(G-1)*D. Those live in a ring of R = D*(G-1)+1
+// registers: each tap loads one coefficient and one new sample (t = k+R-1,
+// into the slot of sample k-1, which no output needs any more) and feeds all
+// G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
+// register; the last taps mod R load their G samples directly, so the ring
+// need not outlive the loop.
+template <int G, int D, int B, typename S>
 [[gnu::always_inline]] inline void fir_group(const float* w, const float* c, int taps, S s,
                                              float (&y)[G]) {
 #if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
   if constexpr (!std::is_same_v<S, int>) {
-    fir_group_vfp<G, D, S::value>(w, c, taps, y);
+    fir_group_vfp<G, D, B, S::value>(w, c, taps, y);
     return;
   }
 #endif
@@ -175,13 +200,13 @@ template <int G, int D, typename S>
 
 // count outputs, output n taking its window at w + n*D*s: groups of G, then
 // the rest one at a time. store(n, y) receives them in ascending n.
-template <int G, int D, typename S, typename Store>
+template <int G, int D, int B = kBlockTaps<G, D>, typename S, typename Store>
 [[gnu::always_inline]] inline void fir_outputs(const float* w, const float* c, int taps, int count,
                                                S s, Store&& store) {
   int n = 0;
   for (; n + G <= count; n += G) {
     float y[G];
-    fir_group<G, D>(w + n * D * s, c, taps, s, y);
+    fir_group<G, D, B>(w + n * D * s, c, taps, s, y);
     unroll<G>([&]<int g>() QEL_INLINE { store(n + g, y[g]); });
   }
   for (; n < count; ++n) store(n, fir_dot(w + n * D * s, c, taps, s));
@@ -191,6 +216,14 @@ template <int G, int D, typename S, typename Store>
 template <typename T>
 [[gnu::always_inline]] inline void append(const T* src, float* dst, int n) {
   int i = 0;
+#if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
+  if constexpr (std::is_same_v<T, float>) {
+    // Eight at a time through registers: one VLDM and one VSTM.
+    const float* p = src;
+    float* q = dst;
+    for (; i + 8 <= n; i += 8) Block<8, 0>::store(q, Block<8, 0>::load(p));
+  }
+#endif
   for (; i + 4 <= n; i += 4) {
     const float a = static_cast<float>(src[i]), b = static_cast<float>(src[i + 1]);
     const float c = static_cast<float>(src[i + 2]), d = static_cast<float>(src[i + 3]);
@@ -203,12 +236,19 @@ template <typename T>
 }
 
 // History move: pState[j] = pState[appended + j] for j = 0..numTaps-2,
-// ascending. The source lies above the destination, so reading four before
-// writing four gives the element-by-element result even when they overlap.
+// ascending. The source lies above the destination, so reading a group before
+// writing it gives the element-by-element result even when they overlap.
 inline void move_history(float* pState, int appended, int numTaps) {
   const float* src = pState + appended;
   const int n = numTaps - 1;
   int j = 0;
+#if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
+  {
+    const float* p = src;
+    float* q = pState;
+    for (; j + 8 <= n; j += 8) Block<8, 0>::store(q, Block<8, 0>::load(p));
+  }
+#endif
   for (; j + 4 <= n; j += 4) {
     const float a = src[j], b = src[j + 1], c = src[j + 2], d = src[j + 3];
     pState[j] = a;
