@@ -22,10 +22,10 @@ void decimate_any(const float* w, const float* c, int taps, int M, int count, St
     float acc0 = 0.0f, acc1 = 0.0f, acc2 = 0.0f, acc3 = 0.0f;
     for (int k = 0; k < taps; ++k) {
       const float c0 = c[k];
-      acc0 = qel::detail::mac(acc0, c0, px0[k]);
-      acc1 = qel::detail::mac(acc1, c0, px1[k]);
-      acc2 = qel::detail::mac(acc2, c0, px2[k]);
-      acc3 = qel::detail::mac(acc3, c0, px3[k]);
+      qel::detail::mac_here(acc0, c0, px0[k]);
+      qel::detail::mac_here(acc1, c0, px1[k]);
+      qel::detail::mac_here(acc2, c0, px2[k]);
+      qel::detail::mac_here(acc3, c0, px3[k]);
     }
     store(n, acc0);
     store(n + 1, acc1);

@@ -16,24 +16,15 @@
 
 namespace qel::detail {
 
-// a * b, kept a separate VMUL in the split form: GCC would otherwise merge
-// some products with their addition into a VMLA (same bits, other cost).
-[[gnu::always_inline]] inline float product(float a, float b) {
-  float p = a * b;
-#if QEL_ARM_VFP && !QEL_USE_VMLA
-  __asm("" : "+t"(p));
-#endif
-  return p;
-}
-
-// acc + a * b, rounded twice (product, then sum): never fused. GCC emits VMLA
-// for this core only now and then, hence the assembly for that form.
+// acc + a * b, rounded twice (product, then sum): never fused. The plain
+// expression compiles to VMUL + VADD under -ffp-contract=off (GCC may pick
+// VMLA on its own now and then: the same bits).
 [[gnu::always_inline]] inline float mac(float acc, float a, float b) {
 #if QEL_USE_VMLA
   __asm("vmla.f32 %0, %1, %2" : "+t"(acc) : "t"(a), "t"(b));
   return acc;
 #else
-  return acc + product(a, b);
+  return acc + a * b;
 #endif
 }
 
@@ -43,7 +34,7 @@ namespace qel::detail {
   __asm("vmls.f32 %0, %1, %2" : "+t"(acc) : "t"(a), "t"(b));
   return acc;
 #else
-  return acc - product(a, b);
+  return acc - a * b;
 #endif
 }
 
