@@ -56,7 +56,7 @@ template <int G, typename F, int P = 1, int Bank = kFirstBank<G>>
   if constexpr (P > 1) {
     for (int g = groups / P; g > 0; --g) {
       map_group<G, Bank>(out, f, a, b);
-      if constexpr (P > 1) map_group<G, Bank>(out, f, a, b);
+      map_group<G, Bank>(out, f, a, b);
       if constexpr (P > 2) map_group<G, Bank>(out, f, a, b);
       if constexpr (P > 3) map_group<G, Bank>(out, f, a, b);
       static_assert(P <= 4);

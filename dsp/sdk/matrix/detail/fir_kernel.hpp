@@ -93,14 +93,14 @@ template <int B, int Cs, int C0, int W0>
 // covers a block's R + B - 1. The loop covers Q taps, so every slot is a
 // fixed register; the blocks left over run the same code once, and the last
 // taps mod B load directly.
-
 template <int G, int D, int B, int s>
 [[gnu::always_inline]] inline void fir_group_vfp(const float* w, const float* c, int taps,
                                                  float (&y)[G]) {
   constexpr int R = D * (G - 1) + 1;
   constexpr int Q = (R + B - 1 + B - 1) / B * B;
-  static_assert(Q >= R + B - 1);
   constexpr int Cs = 4 * s;  // bytes between taps
+  static_assert(Q >= R + B - 1);
+  static_assert((Q + R) * Cs <= 1020, "VLDR offsets reach 1020 bytes");
   float x[Q];
   unroll<R - 1>([&]<int t>() QEL_INLINE { x[t] = w[t * s]; });
   unroll<G>([&]<int g>() QEL_INLINE { y[g] = 0.0f; });
