@@ -2,6 +2,7 @@
 // FIR interpolator: the filter run over the input with L-1 zeros after each sample.
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "detail/fir_contract.hpp"
 #include "detail/fir_kernel.hpp"
@@ -62,7 +63,10 @@ template <typename T, typename S>
   int k0 = (numTaps - 1) % L;
   for (int p = 0; p < L; ++p) {
     const int taps = (k0 < numTaps) ? (numTaps - k0 + L - 1) / L : 0;
-    qel::detail::fir_outputs<qel::detail::kWideGroup, 1, qel::detail::kWideBlock>(
+    // The M33 loop for the float form; the 16-bit form keeps the compact one.
+    constexpr bool kTuned = std::is_same_v<T, float>;
+    qel::detail::fir_outputs<kTuned ? qel::detail::kWideGroup : 8, 1, qel::detail::kWideBlock,
+                             kTuned>(
         pState + p + k0, pCoeffs + k0, taps, blockSize, L,
         [&](int i, float y) QEL_INLINE { qel::detail::store_output(pDst + L * i + p, y); });
     k0 = (k0 == 0) ? L - 1 : k0 - 1;
@@ -92,8 +96,11 @@ void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, in
   if (L > 1 && zeros_skippable(pState, pCoeffs, numTaps, L)) {
     interpolate_phases(pState, pCoeffs, numTaps, L, blockSize, pDst);
   } else {
-    fir_outputs<8, 1>(pState, pCoeffs, numTaps, count, UnitStride{},
-                      [&](int m, float y) QEL_INLINE { store_output(pDst + m, y); });
+    // The full formula (a non-finite coefficient or a zero slot that is not
+    // zero) is rare: the compact loop.
+    fir_outputs<8, 1, kBlockTaps<8, 1>, false>(pState, pCoeffs, numTaps, count, UnitStride{},
+                                               [&](int m, float y)
+                                                   QEL_INLINE { store_output(pDst + m, y); });
   }
   move_history(pState, count, numTaps);
 }

@@ -138,12 +138,12 @@ template <int G, int D, int B, int s>
 
 // One output over taps ascending: the plain formula, used for the outputs
 // left over after the groups.
-template <typename S>
+template <bool Tuned = false, typename S>
 [[gnu::always_inline]] inline float fir_dot(const float* w, const float* c, int taps, S s) {
   float acc = 0.0f;
   int k = 0;
 #if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
-  if constexpr (!std::is_same_v<S, int>) {
+  if constexpr (Tuned && !std::is_same_v<S, int>) {
     // Runs of four coefficients and four samples, as in fir_group_vfp.
     for (; k + 4 <= taps; k += 4) {
       float cf[4], x0, x1, x2, x3;
@@ -168,11 +168,11 @@ template <typename S>
 // G accumulators. The tap loop is unrolled by R so every ring slot is a fixed
 // register; the last taps mod R load their G samples directly, so the ring
 // need not outlive the loop.
-template <int G, int D, int B, typename S>
+template <int G, int D, int B, bool Tuned, typename S>
 [[gnu::always_inline]] inline void fir_group(const float* w, const float* c, int taps, S s,
                                              float (&y)[G]) {
 #if QEL_ARM_VFP && !defined(__OPTIMIZE_SIZE__)
-  if constexpr (!std::is_same_v<S, int>) {
+  if constexpr (Tuned && !std::is_same_v<S, int>) {
     fir_group_vfp<G, D, B, S::value>(w, c, taps, y);
     return;
   }
@@ -199,17 +199,19 @@ template <int G, int D, int B, typename S>
 }
 
 // count outputs, output n taking its window at w + n*D*s: groups of G, then
-// the rest one at a time. store(n, y) receives them in ascending n.
-template <int G, int D, int B = kBlockTaps<G, D>, typename S, typename Store>
+// the rest one at a time. store(n, y) receives them in ascending n. Tuned
+// takes the M33 loop of fir_group_vfp (about 2.5 KB of code a variant); the
+// paths that matter less keep the compact loop.
+template <int G, int D, int B = kBlockTaps<G, D>, bool Tuned = true, typename S, typename Store>
 [[gnu::always_inline]] inline void fir_outputs(const float* w, const float* c, int taps, int count,
                                                S s, Store&& store) {
   int n = 0;
   for (; n + G <= count; n += G) {
     float y[G];
-    fir_group<G, D, B>(w + n * D * s, c, taps, s, y);
+    fir_group<G, D, B, Tuned>(w + n * D * s, c, taps, s, y);
     unroll<G>([&]<int g>() QEL_INLINE { store(n + g, y[g]); });
   }
-  for (; n < count; ++n) store(n, fir_dot(w + n * D * s, c, taps, s));
+  for (; n < count; ++n) store(n, fir_dot<Tuned>(w + n * D * s, c, taps, s));
 }
 
 // Copies the first n entries of src into the state, each as a float.
