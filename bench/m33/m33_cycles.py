@@ -72,8 +72,8 @@ MUL = {"mul", "muls", "mla", "mls", "smull", "umull", "smlal", "umlal", "umaal"}
 MUL_PREFIX = ("smul", "smla", "smua", "smus", "smls", "smml", "smmu")
 NO_DEST = {"cmp", "cmn", "tst", "teq", "nop", "it", "dmb", "dsb", "isb", "bkpt", "svc", "msr",
            "cpsie", "cpsid", "wfi", "wfe", "sev", "yield", "udf"}
-LOADLIKE = {"ldr", "vldr"}  # single loads: may pipeline the next single load or store
-SINGLE_LS = {"ldr", "str", "str_imm", "vldr", "vstr"}
+SINGLE_LOADS = {"ldr", "vldr", "vldr64"}  # may pipeline the next single load or store
+SINGLE_LS = SINGLE_LOADS | {"str", "str_imm", "vstr"}
 
 
 def read_table(path):
@@ -207,10 +207,9 @@ class Pricer:
         t, prev = self.t, self.prev
         cost = insn.cost
         kind = insn.kind
-        if prev is not None and (kind in SINGLE_LS or kind.startswith("vldr")):
-            if (prev.kind in LOADLIKE or prev.kind == "vldr64") and not prev.wb and not (
-                    set(prev.dest) & set(insn.addr)):
-                cost = max(1, cost - t["ls_pipelined"])
+        if prev is not None and kind in SINGLE_LS and prev.kind in SINGLE_LOADS and (
+                not prev.wb and not set(prev.dest) & set(insn.addr)):
+            cost = max(1, cost - t["ls_pipelined"])
         if prev is not None and insn.addr and prev.kind in ("alu", "mul", "div") and (
                 set(prev.dest) & set(insn.addr)):
             cost += t["agu_interlock"]
