@@ -35,7 +35,8 @@ bool zeros_skippable(const float* pState, const float* pCoeffs, int numTaps, S L
   // Branch-free scans: (bits & exponent) + one exponent step reaches the
   // sign bit only for an all-ones exponent; a zero shifted left by one is 0.
   uint32_t inf_or_nan = 0;
-  qel::detail::for_each_grouped<4>(numTaps, [&](int k) QEL_INLINE {
+  constexpr int kGroup = qel::detail::kFactorVariants ? 4 : 1;
+  qel::detail::for_each_grouped<kGroup>(numTaps, [&](int k) QEL_INLINE {
     inf_or_nan |= (float_bits(pCoeffs[k]) & 0x7f800000u) + 0x00800000u;
   });
   if ((inf_or_nan & 0x80000000u) != 0u) return false;
