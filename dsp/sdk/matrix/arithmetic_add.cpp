@@ -30,8 +30,8 @@ void qel_fl_add(const qel_float* A, const qel_float* B, qel_float* C, int len) {
   QEL_EXPECT(len >= 0, "len >= 0");
   QEL_EXPECT(len == 0 || (A != nullptr && B != nullptr && C != nullptr), "A, B and C are not null");
   QEL_EXPECT(qel::detail::is_each_or_apart(len, C, A, B), "C is A or B, or does not overlap them");
-  map_grouped<kAddGroup>(
-      len, C, [](qel_float a, qel_float b) { return a + b; }, A, B);
+  const auto add = [](qel_float a, qel_float b) { return a + b; };
+  map_grouped<kAddGroup, decltype(add), 4, 0>(len, C, add, A, B);
 }
 
 // C = A + B; count A->dim; C may be A or B.

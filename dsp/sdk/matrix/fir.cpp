@@ -19,8 +19,9 @@ void qel_flt_fir(const float* pSrc, float* pDst, float* pState, const float* pCo
   QEL_EXPECT(blockSize >= 0, "blockSize >= 0");
   QEL_EXPECT_FIR_BUFFERS(blockSize, blockSize, blockSize);
   qel::detail::append(pSrc, pState + numTaps - 1, blockSize);
-  qel::detail::fir_outputs<8, 1>(pState, pCoeffs, numTaps, blockSize, UnitStride{},
-                                 [&](int n, float y) QEL_INLINE { pDst[n] = y; });
+  qel::detail::fir_outputs<qel::detail::kWideGroup, 1, qel::detail::kWideBlock>(
+      pState, pCoeffs, numTaps, blockSize, UnitStride{},
+      [&](int n, float y) QEL_INLINE { pDst[n] = y; });
   qel::detail::move_history(pState, blockSize, numTaps);
 }
 

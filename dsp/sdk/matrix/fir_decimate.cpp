@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // FIR decimator: only every M-th output of the filter is computed.
+#include <type_traits>
+
 #include "detail/fir_contract.hpp"
 #include "detail/fir_kernel.hpp"
 #include "vector.h"
@@ -22,10 +24,10 @@ void decimate_any(const float* w, const float* c, int taps, int M, int count, St
     float acc0 = 0.0f, acc1 = 0.0f, acc2 = 0.0f, acc3 = 0.0f;
     for (int k = 0; k < taps; ++k) {
       const float c0 = c[k];
-      acc0 = qel::detail::mac(acc0, c0, px0[k]);
-      acc1 = qel::detail::mac(acc1, c0, px1[k]);
-      acc2 = qel::detail::mac(acc2, c0, px2[k]);
-      acc3 = qel::detail::mac(acc3, c0, px3[k]);
+      qel::detail::mac_here(acc0, c0, px0[k]);
+      qel::detail::mac_here(acc1, c0, px1[k]);
+      qel::detail::mac_here(acc2, c0, px2[k]);
+      qel::detail::mac_here(acc3, c0, px3[k]);
     }
     store(n, acc0);
     store(n + 1, acc1);
@@ -51,18 +53,24 @@ void decimate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, int n
     move_history(pState, appended, numTaps);
     return;
   }
+  // The M33 loop for the float form; the 16-bit form keeps the compact one.
+  constexpr bool kTuned = std::is_same_v<T, float>;
   switch (M) {
     case 1:
-      fir_outputs<8, 1>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);
+      fir_outputs<8, 1, kBlockTaps<8, 1>, kTuned>(pState, pCoeffs, numTaps, outBlockSize,
+                                                  UnitStride{}, store);
       break;
     case 2:
-      fir_outputs<8, 2>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);
+      fir_outputs<8, 2, kBlockTaps<8, 2>, kTuned>(pState, pCoeffs, numTaps, outBlockSize,
+                                                  UnitStride{}, store);
       break;
     case 3:
-      fir_outputs<6, 3>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);
+      fir_outputs<6, 3, kBlockTaps<6, 3>, kTuned>(pState, pCoeffs, numTaps, outBlockSize,
+                                                  UnitStride{}, store);
       break;
     case 4:
-      fir_outputs<5, 4>(pState, pCoeffs, numTaps, outBlockSize, UnitStride{}, store);
+      fir_outputs<5, 4, kBlockTaps<5, 4>, kTuned>(pState, pCoeffs, numTaps, outBlockSize,
+                                                  UnitStride{}, store);
       break;
     default:
       decimate_any(pState, pCoeffs, numTaps, M, outBlockSize, store);

@@ -2,9 +2,11 @@
 // FIR interpolator: the filter run over the input with L-1 zeros after each sample.
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "detail/fir_contract.hpp"
 #include "detail/fir_kernel.hpp"
+#include "detail/loops.hpp"
 #include "vector.h"
 
 namespace {
@@ -28,33 +30,44 @@ uint32_t float_bits(float x) {
 // call appends are exact; the history's zero slots come from the caller's
 // buffer and are checked: history entry j holds an inserted zero unless
 // numTaps-1-j is a multiple of L.
-bool zeros_skippable(const float* pState, const float* pCoeffs, int numTaps, int L) {
-  for (int k = 0; k < numTaps; ++k) {
-    if ((float_bits(pCoeffs[k]) & 0x7f800000u) == 0x7f800000u) return false;  // inf or NaN
+template <typename S>
+bool zeros_skippable(const float* pState, const float* pCoeffs, int numTaps, S L) {
+  // Branch-free scans: (bits & exponent) + one exponent step reaches the
+  // sign bit only for an all-ones exponent; a zero shifted left by one is 0.
+  uint32_t inf_or_nan = 0;
+  constexpr int kGroup = qel::detail::kFactorVariants ? 4 : 1;
+  qel::detail::for_each_grouped<kGroup>(numTaps, [&](int k) QEL_INLINE {
+    inf_or_nan |= (float_bits(pCoeffs[k]) & 0x7f800000u) + 0x00800000u;
+  });
+  if ((inf_or_nan & 0x80000000u) != 0u) return false;
+  // History entry numTaps-1-m holds an inserted zero unless m is a multiple
+  // of L; m runs over whole runs of L-1 zeros, then a partial run.
+  uint32_t nonzero = 0;
+  const float* h = pState + numTaps - 1;
+  int m = 1;
+  for (; m + L - 1 <= numTaps - 1; m += L) {
+    for (int z = 0; z < L - 1; ++z) nonzero |= float_bits(h[-m - z]) << 1;
   }
-  int r = 0;  // (numTaps-1-j) mod L
-  for (int j = numTaps - 2; j >= 0; --j) {
-    if (++r == L) {
-      r = 0;
-    } else if ((float_bits(pState[j]) & 0x7fffffffu) != 0u) {
-      return false;
-    }
-  }
-  return true;
+  for (; m <= numTaps - 1; ++m) nonzero |= float_bits(h[-m]) << 1;
+  return nonzero == 0u;
 }
 
 // Polyphase form of the full formula. Output m = L*i + p sees input samples
 // only at the taps k = k0 + r*L with k0 = (numTaps-1-p) mod L; those samples
 // lie L apart in the state, from index p + k0 on. So phase p is a filter with
 // taps pCoeffs[k0], pCoeffs[k0+L], ... over the samples alone, at stride L, and
-// each output still takes its non-zero products in ascending k.
+// each output still takes its non-zero products in ascending k. Kept out of
+// line: inlined into interpolate, it had its register ring spilled.
 template <typename T, typename S>
-void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps, S L, int blockSize,
-                        T* pDst) {
+[[gnu::noinline]] void interpolate_phases(const float* pState, const float* pCoeffs, int numTaps,
+                                          S L, int blockSize, T* pDst) {
   int k0 = (numTaps - 1) % L;
   for (int p = 0; p < L; ++p) {
     const int taps = (k0 < numTaps) ? (numTaps - k0 + L - 1) / L : 0;
-    qel::detail::fir_outputs<8, 1>(
+    // The M33 loop for the float form; the 16-bit form keeps the compact one.
+    constexpr bool kTuned = std::is_same_v<T, float>;
+    qel::detail::fir_outputs<kTuned ? qel::detail::kWideGroup : 8, 1, qel::detail::kWideBlock,
+                             kTuned>(
         pState + p + k0, pCoeffs + k0, taps, blockSize, L,
         [&](int i, float y) QEL_INLINE { qel::detail::store_output(pDst + L * i + p, y); });
     k0 = (k0 == 0) ? L - 1 : k0 - 1;
@@ -66,17 +79,29 @@ void interpolate(const T* pSrc, T* pDst, float* pState, const float* pCoeffs, in
                  int blockSize) {
   using namespace qel::detail;
   float* fill = pState + numTaps - 1;
-  for (int i = 0; i < blockSize; ++i) {
-    fill[0] = static_cast<float>(pSrc[i]);
-    if (L > 1) std::memset(fill + 1, 0, sizeof(float) * static_cast<size_t>(L - 1));
-    fill += L;
+  if constexpr (std::is_same_v<S, int>) {
+    for (int i = 0; i < blockSize; ++i) {
+      fill[0] = static_cast<float>(pSrc[i]);
+      if (L > 1) std::memset(fill + 1, 0, sizeof(float) * static_cast<size_t>(L - 1));
+      fill += L;
+    }
+  } else {
+    // A known factor: each sample and its zeros are a few stores at fixed
+    // offsets, four samples a pass.
+    for_each_grouped<4>(blockSize, [&](int i) QEL_INLINE {
+      fill[i * L] = static_cast<float>(pSrc[i]);
+      unroll<L - 1>([&]<int z>() QEL_INLINE { fill[i * L + 1 + z] = 0.0f; });
+    });
   }
   const int count = L * blockSize;
   if (L > 1 && zeros_skippable(pState, pCoeffs, numTaps, L)) {
     interpolate_phases(pState, pCoeffs, numTaps, L, blockSize, pDst);
   } else {
-    fir_outputs<8, 1>(pState, pCoeffs, numTaps, count, UnitStride{},
-                      [&](int m, float y) QEL_INLINE { store_output(pDst + m, y); });
+    // The full formula (a non-finite coefficient or a zero slot that is not
+    // zero) is rare: the compact loop.
+    fir_outputs<8, 1, kBlockTaps<8, 1>, false>(pState, pCoeffs, numTaps, count, UnitStride{},
+                                               [&](int m, float y)
+                                                   QEL_INLINE { store_output(pDst + m, y); });
   }
   move_history(pState, count, numTaps);
 }

@@ -3,6 +3,7 @@
 // accumulation of a buffer into a frame through a window read backwards.
 #include "detail/contract.hpp"
 #include "detail/loops.hpp"
+#include "detail/mac.hpp"
 #include "utils.h"
 #include "vector.h"
 
@@ -13,24 +14,72 @@ namespace {
 // floats one by one (six instructions an element); VLDM/VSTM move four in one
 // instruction, and VLDMDB reads the window backwards. Each pointer moves on by
 // the group. window_end is one past the weight of the group's first element,
-// so s11 weighs the first element and s8 the last. VMLA rounds the product
-// before the addition, so each element is fft + buff * weight with the bits of
-// the portable loop.
+// so s11 weighs the first element and s8 the last. The product is rounded
+// before the addition (VMLA does so too), so each element is
+// fft + buff * weight with the bits of the portable loop.
+#if QEL_USE_VMLA
+#define QEL_MAA4             \
+  "vmla.f32 s4, s0, s11\n\t" \
+  "vmla.f32 s5, s1, s10\n\t" \
+  "vmla.f32 s6, s2, s9\n\t"  \
+  "vmla.f32 s7, s3, s8\n\t"
+#else
+#define QEL_MAA4              \
+  "vmul.f32 s11, s0, s11\n\t" \
+  "vmul.f32 s10, s1, s10\n\t" \
+  "vmul.f32 s9, s2, s9\n\t"   \
+  "vmul.f32 s8, s3, s8\n\t"   \
+  "vadd.f32 s4, s4, s11\n\t"  \
+  "vadd.f32 s5, s5, s10\n\t"  \
+  "vadd.f32 s6, s6, s9\n\t"   \
+  "vadd.f32 s7, s7, s8\n\t"
+#endif
 [[gnu::always_inline]] inline void accumulate4(qel_float*& fft, const qel_float*& buff,
                                                const qel_float*& window_end) {
   __asm__ volatile(
       "vldmia %[b]!, {s0-s3}\n\t"
       "vldmdb %[w]!, {s8-s11}\n\t"
-      "vldmia %[f], {s4-s7}\n\t"
-      "vmla.f32 s4, s0, s11\n\t"
-      "vmla.f32 s5, s1, s10\n\t"
-      "vmla.f32 s6, s2, s9\n\t"
-      "vmla.f32 s7, s3, s8\n\t"
-      "vstmia %[f]!, {s4-s7}"
+      "vldmia %[f], {s4-s7}\n\t" QEL_MAA4 "vstmia %[f]!, {s4-s7}"
       : [f] "+r"(fft), [b] "+r"(buff), [w] "+r"(window_end)
       :
       : "s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7", "s8", "s9", "s10", "s11", "memory");
 }
+#undef QEL_MAA4
+
+#if !QEL_USE_VMLA && !defined(__OPTIMIZE_SIZE__)
+// Eight at a time in s0-s15, as accumulate4 with VMUL then VADD: the
+// products overwrite the weights (s15 weighs the first element), then the
+// frame's eight go into s0-s7, free once multiplied. Eight per VLDM/VSTM
+// spread each block move's fixed cycle over twice the elements.
+[[gnu::always_inline]] inline void accumulate8(qel_float*& fft, const qel_float*& buff,
+                                               const qel_float*& window_end) {
+  __asm__ volatile(
+      "vldmia %[b]!, {s0-s7}\n\t"
+      "vldmdb %[w]!, {s8-s15}\n\t"
+      "vmul.f32 s15, s0, s15\n\t"
+      "vmul.f32 s14, s1, s14\n\t"
+      "vmul.f32 s13, s2, s13\n\t"
+      "vmul.f32 s12, s3, s12\n\t"
+      "vmul.f32 s11, s4, s11\n\t"
+      "vmul.f32 s10, s5, s10\n\t"
+      "vmul.f32 s9, s6, s9\n\t"
+      "vmul.f32 s8, s7, s8\n\t"
+      "vldmia %[f], {s0-s7}\n\t"
+      "vadd.f32 s0, s0, s15\n\t"
+      "vadd.f32 s1, s1, s14\n\t"
+      "vadd.f32 s2, s2, s13\n\t"
+      "vadd.f32 s3, s3, s12\n\t"
+      "vadd.f32 s4, s4, s11\n\t"
+      "vadd.f32 s5, s5, s10\n\t"
+      "vadd.f32 s6, s6, s9\n\t"
+      "vadd.f32 s7, s7, s8\n\t"
+      "vstmia %[f]!, {s0-s7}"
+      : [f] "+r"(fft), [b] "+r"(buff), [w] "+r"(window_end)
+      :
+      : "s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7", "s8", "s9", "s10", "s11", "s12", "s13",
+        "s14", "s15", "memory");
+}
+#endif
 #endif
 
 }  // namespace
@@ -99,6 +148,13 @@ void qel_fl_maa(qel_float* fft_data, const qel_float* buff, const qel_float* win
   const qel_float* b = buff;
   const qel_float* w = window + 1;
   int k = 0;
+#if !QEL_USE_VMLA && !defined(__OPTIMIZE_SIZE__)
+  // Two groups of eight per loop step: the loop's own cycles are shared too.
+  for (; k + 16 <= nfft; k += 16) {
+    accumulate8(f, b, w);
+    accumulate8(f, b, w);
+  }
+#endif
   for (; k + 4 <= nfft; k += 4) accumulate4(f, b, w);
   for (; k < nfft; ++k) step(k);
 #else

@@ -45,21 +45,117 @@ constexpr auto cpx_conj_product_im = [](qel_float ar, qel_float ai, qel_float br
 // before it stores anything, and a bin reads and writes only its own index, so
 // C may be A or B. The n mod G last bins go one by one through the same formulas.
 template <int G, typename Re, typename Im>
-void complex_products(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C, int n, Re re,
-                      Im im) {
-  const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
-  qel_float *cr = C->re, *ci = C->im;
-  for (int g = n / G; g > 0; --g) {
+void complex_products(const qel_float* ar, const qel_float* ai, const qel_float* br,
+                      const qel_float* bi, qel_float* cr, qel_float* ci, int n, Re re, Im im) {
+  const unsigned count = static_cast<unsigned>(n);  // n >= 0: no signed rounding
+  for (unsigned g = count / G; g > 0; --g) {
     auto xr = Block<G, 0>::load(ar), xi = Block<G, 1>::load(ai);
     auto yr = Block<G, 2>::load(br), yi = Block<G, 3>::load(bi);
     Block<G, 0>::store(cr, lanes<G>(re, xr, xi, yr, yi));
     Block<G, 1>::store(ci, lanes<G>(im, xr, xi, yr, yi));
   }
-  for (int k = n % G; k > 0; --k) {
+  for (unsigned k = count % G; k > 0; --k) {
     const qel_float xr = *ar++, xi = *ai++, yr = *br++, yi = *bi++;
     *cr++ = re(xr, xi, yr, yi);
     *ci++ = im(xr, xi, yr, yi);
   }
+}
+
+#if QEL_ARM_VFP && !QEL_USE_VMLA && !defined(__OPTIMIZE_SIZE__)
+// Eight bins of a * conj(b) in fixed registers, for the split form. Loads of
+// eight spread a VLDM's fixed cycle further than loads of four, but eight bins
+// of four inputs and a product fill 33 registers; so b's imaginary parts come
+// four at a time. Per bin k: ar s(k), br s(8+k), ai s(16+k), bi s(24+k%4):
+//   s28    = ar*br               vmul  (p1)
+//   s(8+k) = ai*br               vmul  (p3, br no longer needed)
+//   s(k)   = ar*bi               vmul  (p4, ar no longer needed)
+//   s(16+k)= ai*bi               vmul  (p2)
+//   s(16+k)= p1 + p2             vadd  (re: ar*br + ai*bi)
+//   s(8+k) = p3 - p4             vsub  (im: ai*br - ar*bi)
+// so re ends in s16-s23 and im in s8-s15, each ready for one VSTM.
+#define QEL_CONJ_BIN(AR, BR, AI, BI)   \
+  "vmul.f32 s28, s" #AR ", s" #BR      \
+  "\n\t"                               \
+  "vmul.f32 s" #BR ", s" #AI ", s" #BR \
+  "\n\t"                               \
+  "vmul.f32 s" #AR ", s" #AR ", s" #BI \
+  "\n\t"                               \
+  "vmul.f32 s" #AI ", s" #AI ", s" #BI \
+  "\n\t"                               \
+  "vadd.f32 s" #AI ", s28, s" #AI      \
+  "\n\t"                               \
+  "vsub.f32 s" #BR ", s" #BR ", s" #AR "\n\t"
+#define QEL_CONJ_BINS8                                                                           \
+  "vldmia %[ar]!, {s0-s7}\n\t"                                                                   \
+  "vldmia %[br]!, {s8-s15}\n\t"                                                                  \
+  "vldmia %[ai]!, {s16-s23}\n\t"                                                                 \
+  "vldmia %[bi]!, {s24-s27}\n\t" QEL_CONJ_BIN(0, 8, 16, 24) QEL_CONJ_BIN(1, 9, 17, 25)           \
+      QEL_CONJ_BIN(2, 10, 18, 26)                                                                \
+          QEL_CONJ_BIN(3, 11, 19, 27) "vldmia %[bi]!, {s24-s27}\n\t" QEL_CONJ_BIN(4, 12, 20, 24) \
+              QEL_CONJ_BIN(5, 13, 21, 25) QEL_CONJ_BIN(6, 14, 22, 26) QEL_CONJ_BIN(7, 15, 23, 27)
+#define QEL_CONJ_OPERANDS                                                                   \
+  : [ar] "+r"(p.ar), [ai] "+r"(p.ai), [br] "+r"(p.br), [bi] "+r"(p.bi), [cr] "+r"(p.cr),  \
+    [ci] "+r"(p.ci)                                                                       \
+  :                                                                                       \
+  : "s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7", "s8", "s9", "s10", "s11", "s12", "s13", \
+    "s14", "s15", "s16", "s17", "s18", "s19", "s20", "s21", "s22", "s23", "s24", "s25",     \
+    "s26", "s27", "s28", "s29", "s30", "s31", "memory"
+
+// The six arrays of a bin-wise product, each pointer at the next bin.
+struct ProductArrays {
+  const qel_float *ar, *ai, *br, *bi;
+  qel_float *cr, *ci;
+};
+
+// C = A * conj(B) for the next eight bins; every load before the stores.
+[[gnu::always_inline]] inline void conj_products8(ProductArrays& p) {
+  __asm volatile(QEL_CONJ_BINS8
+                 "vstmia %[cr]!, {s16-s23}\n\t"
+                 "vstmia %[ci]!, {s8-s15}" QEL_CONJ_OPERANDS);
+}
+
+// C += A * conj(B) for the next eight bins: C's old parts go into s0-s7 (ar's
+// registers, free by then) and s24-s31, and take the product as one term.
+[[gnu::always_inline]] inline void conj_products8_add(ProductArrays& p) {
+  __asm volatile(QEL_CONJ_BINS8
+                 "vldmia %[cr], {s0-s7}\n\t"
+                 "vldmia %[ci], {s24-s31}\n\t"
+                 "vadd.f32 s0, s0, s16\n\tvadd.f32 s1, s1, s17\n\t"
+                 "vadd.f32 s2, s2, s18\n\tvadd.f32 s3, s3, s19\n\t"
+                 "vadd.f32 s4, s4, s20\n\tvadd.f32 s5, s5, s21\n\t"
+                 "vadd.f32 s6, s6, s22\n\tvadd.f32 s7, s7, s23\n\t"
+                 "vadd.f32 s24, s24, s8\n\tvadd.f32 s25, s25, s9\n\t"
+                 "vadd.f32 s26, s26, s10\n\tvadd.f32 s27, s27, s11\n\t"
+                 "vadd.f32 s28, s28, s12\n\tvadd.f32 s29, s29, s13\n\t"
+                 "vadd.f32 s30, s30, s14\n\tvadd.f32 s31, s31, s15\n\t"
+                 "vstmia %[cr]!, {s0-s7}\n\t"
+                 "vstmia %[ci]!, {s24-s31}" QEL_CONJ_OPERANDS);
+}
+#undef QEL_CONJ_OPERANDS
+#undef QEL_CONJ_BINS8
+#undef QEL_CONJ_BIN
+
+// Sixteen bins a step in two groups of eight, then one group of eight if
+// left; returns the bins left (n mod 8), the pointers at the first of them.
+template <typename Group>
+[[gnu::always_inline]] inline int conj_groups(ProductArrays& p, int n, Group group) {
+  const unsigned count = static_cast<unsigned>(n);  // n >= 0: no signed rounding
+  for (unsigned g = count / 16; g > 0; --g) {
+    group(p);
+    group(p);
+  }
+  if (count % 16 >= 8) group(p);
+  return static_cast<int>(count % 8);
+}
+#define QEL_CONJ_GROUPS 1
+#else
+#define QEL_CONJ_GROUPS 0
+#endif
+
+template <int G, typename Re, typename Im>
+void complex_products(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C, int n, Re re,
+                      Im im) {
+  complex_products<G>(A->re, A->im, B->re, B->im, C->re, C->im, n, re, im);
 }
 
 // c[k] = a[k] * b[k], four per step, loads before stores: c may be a or b.
@@ -125,13 +221,42 @@ template <int Bank>
 // halve the loop's own instructions; every group still meets the sum in order.
 qel_float power_sum(const qel_float* re, const qel_float* im, int n) {
   qel_float sum = 0.0f;
-  const int groups = n / 4;
-  for (int g = groups / 2; g > 0; --g) {
+  const unsigned count = static_cast<unsigned>(n);  // n >= 0: no signed rounding
+  unsigned groups = count / 4;
+#if !defined(__OPTIMIZE_SIZE__)
+  // Sixteen groups a step, each two loaded by one VLDM per part: the block
+  // moves' and the loop's fixed cycles are spread over 64 bins.
+  const auto pair = [&]() __attribute__((always_inline)) {
+    // The loads wait for the running sum (no instruction): hoisted above the
+    // previous pair's arithmetic, they made the compiler copy its registers.
+    __asm("" : "+r"(re), "+r"(im) : "t"(sum));
+    auto x = Block<8, 0>::load(re), y = Block<8, 1>::load(im);
+    auto p = lanes<8>(cpx_power, x, y);
+    sum = sum + (((std::get<0>(p) + std::get<1>(p)) + std::get<2>(p)) + std::get<3>(p));
+    sum = sum + (((std::get<4>(p) + std::get<5>(p)) + std::get<6>(p)) + std::get<7>(p));
+  };
+  for (unsigned g = groups / 16; g > 0; --g) {
+    pair();
+    pair();
+    pair();
+    pair();
+    pair();
+    pair();
+    pair();
+    pair();
+  }
+  groups %= 16;
+  for (unsigned g = groups / 2; g > 0; --g) pair();
+  groups %= 2;
+#else
+  for (unsigned g = groups / 2; g > 0; --g) {
     sum = sum + group_power<0>(re, im);
     sum = sum + group_power<2>(re, im);
   }
-  if (groups % 2 > 0) sum = sum + group_power<0>(re, im);
-  for (int k = n % 4; k > 0; --k) sum = sum + cpx_power(*re++, *im++);
+  groups %= 2;
+#endif
+  if (groups > 0) sum = sum + group_power<0>(re, im);
+  for (unsigned k = count % 4; k > 0; --k) sum = sum + cpx_power(*re++, *im++);
   return sum;
 }
 
@@ -152,7 +277,14 @@ void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx
 // swapping A and B negates im). Count C->dim; C may be A or B.
 void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C) {
   QEL_EXPECT_ELEMENTWISE(C->dim);
+#if QEL_CONJ_GROUPS
+  ProductArrays p{A->re, A->im, B->re, B->im, C->re, C->im};
+  const int left = conj_groups(p, C->dim, conj_products8);
+  complex_products<4>(p.ar, p.ai, p.br, p.bi, p.cr, p.ci, left, cpx_conj_product_re,
+                      cpx_conj_product_im);
+#else
   complex_products<4>(A, B, C, C->dim, cpx_conj_product_re, cpx_conj_product_im);
+#endif
 }
 
 // C += A * conj(B): C.re = C.re + (ar*br + ai*bi), C.im = C.im + (ai*br - ar*bi);
@@ -170,17 +302,26 @@ void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec*
     return c + cpx_conj_product_im(xr, xi, yr, yi);
   };
   const qel_float *ar = A->re, *ai = A->im, *br = B->re, *bi = B->im;
-  const qel_float *zr = C->re, *zi = C->im;
   qel_float *cr = C->re, *ci = C->im;
+  int n = A->dim;
+#if QEL_CONJ_GROUPS
+  {
+    ProductArrays p{ar, ai, br, bi, cr, ci};
+    n = conj_groups(p, n, conj_products8_add);
+    ar = p.ar, ai = p.ai, br = p.br, bi = p.bi, cr = p.cr, ci = p.ci;
+  }
+#endif
+  const qel_float *zr = cr, *zi = ci;
+  const unsigned count = static_cast<unsigned>(n);  // n >= 0: no signed rounding
   // Four bins per step, every load of a step before its stores: C may be A or B.
-  for (int g = A->dim / 4; g > 0; --g) {
+  for (unsigned g = count / 4; g > 0; --g) {
     auto xr = Block<4, 0>::load(ar), xi = Block<4, 1>::load(ai);
     auto yr = Block<4, 2>::load(br), yi = Block<4, 3>::load(bi);
     auto sr = Block<4, 4>::load(zr), si = Block<4, 5>::load(zi);
     Block<4, 4>::store(cr, lanes<4>(add_re, sr, xr, xi, yr, yi));
     Block<4, 5>::store(ci, lanes<4>(add_im, si, xr, xi, yr, yi));
   }
-  for (int k = A->dim % 4; k > 0; --k) {
+  for (unsigned k = count % 4; k > 0; --k) {
     const qel_float xr = *ar++, xi = *ai++, yr = *br++, yi = *bi++;
     *cr = add_re(*cr, xr, xi, yr, yi);
     *ci = add_im(*ci, xr, xi, yr, yi);
@@ -337,7 +478,22 @@ void qel_cpx_vec_power(const qel_cpx_vec* A, qel_flt_vec* B) {
   const int n = A->dim;
   const qel_float *re = A->re, *im = A->im;
   qel_float* b = B->data;
+#if !defined(__OPTIMIZE_SIZE__)
+  // Sixteen bins a step, in two groups of eight: a block move's fixed cycle
+  // and the loop's own are spread over more bins.
+  const auto group8 = [&]() __attribute__((always_inline)) {
+    auto x = Block<8, 0>::load(re), y = Block<8, 1>::load(im);
+    Block<8, 0>::store(b, lanes<8>(cpx_power, x, y));
+  };
+  for (int g = n / 16; g > 0; --g) {
+    group8();
+    group8();
+  }
+  if (n % 16 >= 8) group8();
+  for (int g = n % 8 / 4; g > 0; --g) {
+#else
   for (int g = n / 4; g > 0; --g) {
+#endif
     auto x = Block<4, 0>::load(re), y = Block<4, 1>::load(im);
     Block<4, 0>::store(b, lanes<4>(cpx_power, x, y));
   }

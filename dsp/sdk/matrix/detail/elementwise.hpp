@@ -32,18 +32,39 @@ template <int G, typename F>
   for (int r = n % G; r > 0; --r) *out++ = f(*a++);
 }
 
-template <int G, typename F>
+// One group of map_grouped below, in banks Bank and Bank + 1.
+template <int G, int Bank, typename F>
+[[gnu::always_inline]] inline void map_group(qel_float*& out, F f, const qel_float*& a,
+                                             const qel_float*& b) {
+  using InA = Block<G, Bank>;
+  using InB = Block<G, Bank + 1>;
+  Lanes<G> x = InA::load(a);
+  const Lanes<G> y = InB::load(b);
+  [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k], y[k])), ...); }
+  (std::make_integer_sequence<int, G>{});
+  InA::store(out, x);
+}
+
+// P groups per loop step (then the groups left one by one) spread the loop's
+// own compare and branch over more elements; builds for size take one. A
+// formula without scalar arguments may take Bank 0: s0-s15 need no saving.
+template <int G, typename F, int P = 1, int Bank = kFirstBank<G>>
 [[gnu::always_inline]] inline void map_grouped(int n, qel_float* out, F f, const qel_float* a,
                                                const qel_float* b) {
-  using InA = Block<G, kFirstBank<G>>;
-  using InB = Block<G, kFirstBank<G> + 1>;
-  for (int g = n / G; g > 0; --g) {
-    Lanes<G> x = InA::load(a);
-    const Lanes<G> y = InB::load(b);
-    [&]<int... k>(std::integer_sequence<int, k...>) { ((x[k] = f(x[k], y[k])), ...); }
-    (std::make_integer_sequence<int, G>{});
-    InA::store(out, x);
+  int groups = n / G;
+#if !defined(__OPTIMIZE_SIZE__)
+  if constexpr (P > 1) {
+    for (int g = groups / P; g > 0; --g) {
+      map_group<G, Bank>(out, f, a, b);
+      map_group<G, Bank>(out, f, a, b);
+      if constexpr (P > 2) map_group<G, Bank>(out, f, a, b);
+      if constexpr (P > 3) map_group<G, Bank>(out, f, a, b);
+      static_assert(P <= 4);
+    }
+    groups %= P;
   }
+#endif
+  for (int g = groups; g > 0; --g) map_group<G, Bank>(out, f, a, b);
   for (int r = n % G; r > 0; --r) *out++ = f(*a++, *b++);
 }
 
