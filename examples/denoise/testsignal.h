@@ -13,7 +13,7 @@ struct TestSignal {
 };
 
 // A deterministic 48 kHz signal of `seconds` length (same bits on every run and
-// machine that rounds doubles the IEEE way): voiced bursts of 0.25 to 0.7 s with
+// machine that rounds floats the IEEE way, the Cortex-M33 included): voiced bursts of 0.25 to 0.7 s with
 // a gliding pitch of 95 to 230 Hz, harmonics up to 4 kHz shaped by two formants,
 // separated by pauses of 0.15 to 0.45 s, plus coloured noise (mostly below 2 kHz,
 // some white) scaled to `snr_db` over the whole signal.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Sine and cosine of an angle in turns, in float, by our own polynomial: the C
-// libraries of the host and of the device round their sin/cos differently, and
-// everything that feeds the output must come out the same on both.
+// Sine, cosine and exponential in float, by our own series: the C libraries of
+// the host and of the device round theirs differently, and everything that
+// feeds the output must come out the same on both.
 #pragma once
 
 #include <cmath>
@@ -42,5 +42,18 @@ inline SinCos sincos_turns(float t) {
 
 inline float sin_turns(float t) { return sincos_turns(t).sin; }
 inline float cos_turns(float t) { return sincos_turns(t).cos; }
+
+// e^x for |x| < 80: x = n ln 2 + r with |r| <= ln 2 / 2; 2^n is exact (ldexp)
+// and the series of e^r to r^9 is exact to float.
+inline float exp_float(float x) {
+  const float n = std::round(x * 1.44269504f);
+  const float r = x - n * 0.693147181f;
+  float term = 1.0f, sum = 1.0f;
+  for (int k = 1; k <= 9; ++k) {
+    term *= r / static_cast<float>(k);
+    sum += term;
+  }
+  return std::ldexp(sum, static_cast<int>(n));
+}
 
 }  // namespace denoise
