@@ -33,6 +33,39 @@ bool starts_with(const std::vector<uint8_t>& b, const char* magic) {
   return b.size() >= n && std::memcmp(b.data(), magic, n) == 0;
 }
 
+// Whether `path` is a directory, asked through stdio alone, as the device can:
+// a directory fails to open for appending with EISDIR, and opening an existing
+// file for appending changes nothing. (Under QEMU one opens for reading and
+// reads as empty.)
+bool is_directory(const std::string& path) {
+  std::FILE* r = std::fopen(path.c_str(), "rb");
+  if (!r) return false;  // missing: appending would create it
+  std::fclose(r);
+  std::FILE* a = std::fopen(path.c_str(), "ab");
+  if (a) {
+    std::fclose(a);
+    return false;
+  }
+  return errno == EISDIR;
+}
+
+// Copies the file `from` to `to`, for when rename() is missing (QEMU's
+// semihosting has none): errno is set when false.
+bool copy_file(const std::string& from, const std::string& to) {
+  std::FILE* in = std::fopen(from.c_str(), "rb");
+  if (!in) return false;
+  std::FILE* out = std::fopen(to.c_str(), "wb");
+  bool ok = out != nullptr;
+  uint8_t chunk[16384];
+  for (size_t got; ok && (got = std::fread(chunk, 1, sizeof chunk, in)) > 0;) {
+    ok = std::fwrite(chunk, 1, got, out) == got;
+  }
+  ok = ok && !std::ferror(in);
+  std::fclose(in);
+  if (out && std::fclose(out) != 0) ok = false;
+  return ok;
+}
+
 // Every byte of the file; the errors a user can meet come first.
 std::vector<uint8_t> slurp(const std::string& path, const std::string& name) {
   std::FILE* f = std::fopen(path.c_str(), "rb");
@@ -44,7 +77,9 @@ std::vector<uint8_t> slurp(const std::string& path, const std::string& name) {
     bytes.insert(bytes.end(), chunk, chunk + got);
   const int err = std::ferror(f) ? errno : 0;
   std::fclose(f);
-  if (err == EISDIR) throw Error(name + " is a directory, not a WAV file");
+  if (err == EISDIR || (bytes.empty() && is_directory(path))) {
+    throw Error(name + " is a directory, not a WAV file");
+  }
   if (err != 0) throw Error("cannot read " + name + ": " + std::strerror(err));
   if (bytes.empty()) throw Error(name + " is empty (0 bytes)");
   return bytes;
@@ -126,13 +161,7 @@ Pcm read_wav(const std::string& path) {
 }
 
 PendingFile::PendingFile(std::string path) : path_(std::move(path)) {
-  // A directory opens for reading on some systems and fails only on the read.
-  if (std::FILE* probe = std::fopen(path_.c_str(), "rb")) {
-    char c = 0;
-    const bool dir = std::fread(&c, 1, 1, probe) == 0 && std::ferror(probe) && errno == EISDIR;
-    std::fclose(probe);
-    if (dir) fail("it is a directory");
-  }
+  if (is_directory(path_)) fail("it is a directory");
   const size_t slash = path_.rfind('/');
   const size_t cut = (slash == std::string::npos) ? 0 : slash + 1;
   tmp_ = path_.substr(0, cut) + "." + path_.substr(cut) + ".qel-tmp";
@@ -164,7 +193,10 @@ void PendingFile::close() {
 
 void PendingFile::commit() {
   close();
-  if (std::rename(tmp_.c_str(), path_.c_str()) != 0) fail(std::strerror(errno));
+  if (std::rename(tmp_.c_str(), path_.c_str()) != 0) {
+    if (errno != ENOSYS || !copy_file(tmp_, path_)) fail(std::strerror(errno));
+    std::remove(tmp_.c_str());
+  }
   committed_ = true;
 }
 

@@ -219,6 +219,12 @@ void write_png(PendingFile& out, const Spectrogram& in, const Spectrogram& outp,
   out.close();
 }
 
+#else
+
+void write_png(PendingFile& out, const Spectrogram&, const Spectrogram&, double, double) {
+  throw Error("cannot write output '" + out.path() + "': this build writes no PNG");
+}
+
 #endif  // QEL_DENOISE_PNG
 
 }  // namespace denoise
