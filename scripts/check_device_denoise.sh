@@ -42,7 +42,8 @@ run() {
   if [ "$width" = 0 ]; then  # a refusal
     if [ "$hs" != "$ms" ] || [ "$hs" = 0 ] || ! cmp -s "$tmp/$name-host.err" "$tmp/$name-m33.err" ||
       [ -e "$tmp/$name-m33.wav" ] || [ -e "$tmp/$name-host.wav" ]; then
-      echo "FAIL $name: refusals differ (status host $hs, M33 $ms; files left: $(ls "$tmp" | grep -c "^$name-.*wav" || true))"
+      echo "FAIL $name: refusals differ (status host $hs, M33 $ms; output files:" \
+        "$(cd "$tmp" && echo "$name"-*.wav))"
       cat "$tmp/$name-host.err" "$tmp/$name-m33.err"
       fail=1
     else
