@@ -214,19 +214,19 @@ void RealFft::forward(const float* time, float* re, float* im) {
 void RealFft::inverse(const float* re, const float* im, float* time) {
   // The split run backwards, doubled (2 E + 2 i O): the unscaled 256-point
   // inverse then gives 512 times the signal, as a 512-point one would.
-  for (int k = 0; k <= kN / 2; ++k) {
+  time[0] = re[0] + re[kN];  // digit reversal keeps 0 in place
+  time[1] = re[0] - re[kN];
+  for (int k = 1; k <= kN / 2; ++k) {
     const int m = kN - k;
     const float er = re[k] + re[m], ei = im[k] - im[m];
     float o_r = re[k] - re[m], o_i = im[k] + im[m];
     mul_conj(o_r, o_i, kSplitTw[k]);
     float* zk = &time[2 * kRev[k]];
+    float* zm = &time[2 * kRev[m]];
     zk[0] = er - o_i;
     zk[1] = ei + o_r;
-    if (k > 0) {
-      float* zm = &time[2 * kRev[m]];
-      zm[0] = er + o_i;
-      zm[1] = o_r - ei;
-    }
+    zm[0] = er + o_i;  // k = kN / 2 writes its one point twice, alike
+    zm[1] = o_r - ei;
   }
   for (int len = 4; len <= kN; len *= 4) dit_stage(time, len);
 }
