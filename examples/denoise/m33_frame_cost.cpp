@@ -1,112 +1,102 @@
 // SPDX-License-Identifier: MIT
-// Instructions of one qel-denoise frame on the Cortex-M33 (run under QEMU with
-// -icount shift=0): the pipeline's three stages, which hold every library call
-// of the frame, counted apart from the FFT between them.
+// The cost of one whole qel-denoise frame on the Cortex-M33, stage by stage,
+// the FFT included: the very code of the qel-denoise programs (pipeline.cpp,
+// fft.cpp), warmed up on the embedded test signal so the filters and the noise
+// estimate hold the data of a running denoiser.
 //
-// The FFT is not part of the library, so it is excluded. To give the stages
-// the data of a running pipeline, a plain DFT stands in for it while a few
-// dozen frames of a noisy harmonic signal warm the filters and the noise
-// estimate up; it is never inside a count.
-#include <cmath>
+// Run under QEMU with -icount shift=0, it prints each stage's instructions
+// (SysTick counter of bench/m33). Each stage also runs once between the
+// markers qel_mark_begin() and qel_mark_end(), in table order, so that a
+// trace of the run priced by bench/m33/m33_cycles.py gives estimated cycles
+// (examples/denoise/m33_frame_cost.sh puts both in one table).
+#include <cstdint>
 #include <cstdio>
 
 #include "counter.h"
+#include "fft.h"
 #include "pipeline.h"
+#include "testsignal.h"
+
+// Until bench/m33 has them: the region markers a trace pricer looks for.
+extern "C" [[gnu::noinline]] void qel_mark_begin() { __asm volatile("" ::: "memory"); }
+extern "C" [[gnu::noinline]] void qel_mark_end() { __asm volatile("" ::: "memory"); }
 
 namespace {
 
 using namespace denoise;
 
-constexpr float kPi = 3.14159265358979f;
+constexpr int kWarmFrames = 41;  // past the first swap of the noise sub-windows
 
-struct Dft {
-  float cos_[kFft], sin_[kFft];
-  Dft() {
-    for (int n = 0; n < kFft; ++n) {
-      cos_[n] = std::cos(2.0f * kPi * static_cast<float>(n) / kFft);
-      sin_[n] = std::sin(2.0f * kPi * static_cast<float>(n) / kFft);
-    }
-  }
-  static void forward(void* ctx, const float* x, float* re, float* im) {
-    const auto* d = static_cast<const Dft*>(ctx);
-    for (int k = 0; k < kBins; ++k) {
-      float r = 0.0f, i = 0.0f;
-      for (int n = 0; n < kFft; ++n) {
-        const int t = (k * n) % kFft;
-        r += x[n] * d->cos_[t];
-        i -= x[n] * d->sin_[t];
-      }
-      re[k] = r;
-      im[k] = i;
-    }
-  }
-  // Unscaled, like the host's transform: the pipeline applies the 1/kFft.
-  static void inverse(void* ctx, const float* re, const float* im, float* x) {
-    const auto* d = static_cast<const Dft*>(ctx);
-    for (int n = 0; n < kFft; ++n) {
-      float s = 0.0f;
-      for (int k = 0; k < kBins; ++k) {
-        const int t = (k * n) % kFft;
-        const float w = (k == 0 || k == kBins - 1) ? 1.0f : 2.0f;
-        s += w * (re[k] * d->cos_[t] - im[k] * d->sin_[t]);
-      }
-      x[n] = s;
-    }
-  }
-};
-
-// A voiced sound switched on and off (0.5 s on, 0.3 s off) in uniform noise.
-void make_frame(int frame, uint32_t& rng, int16_t* out) {
-  for (int i = 0; i < kHopIn; ++i) {
-    const int at = frame * kHopIn + i;
-    const bool on = (at % 38400) < 24000;
-    float s = 0.0f;
-    if (on) {
-      for (int k = 1; k <= 10; ++k) {
-        const int phase = (at * k * 150) % kInRate;
-        s += std::sin(2.0f * kPi * static_cast<float>(phase) / kInRate) / static_cast<float>(k);
-      }
-    }
-    rng = rng * 1664525u + 1013904223u;
-    const float noise = static_cast<float>(static_cast<int32_t>(rng >> 16) - 32768) / 32768.0f;
-    out[i] = static_cast<int16_t>(6000.0f * s + 3000.0f * noise);
-  }
+[[gnu::noinline]] void whole_frame(Pipeline& pipe, RealFft& fft, const int16_t* in, int16_t* out) {
+  pipe.process(in, out, fft.callbacks());
 }
 
-Dft dft;
-Pipeline pipe;
-int16_t in[kHopIn], out[kHopIn];
+// Peak stack of one whole frame, in bytes below this function's frame: the
+// stack below it is painted, the frame runs, and the lowest word that changed
+// marks the depth it reached.
+[[gnu::noinline]] int frame_stack(Pipeline& pipe, RealFft& fft, const int16_t* in, int16_t* out) {
+  constexpr uint32_t kPaint = 0x5AA5C33Cu;
+  constexpr int kWords = 4096;  // 16 KiB: far more than a frame takes
+  volatile uint32_t* sp = nullptr;
+  __asm volatile("mov %0, sp" : "=r"(sp));
+  volatile uint32_t* const low = sp - kWords;
+  for (volatile uint32_t* w = low; w < sp; ++w) *w = kPaint;
+  whole_frame(pipe, fft, in, out);
+  volatile uint32_t* w = low;
+  while (w < sp && *w == kPaint) ++w;
+  return static_cast<int>(reinterpret_cast<uintptr_t>(sp) - reinterpret_cast<uintptr_t>(w));
+}
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
   using qel::bench::count;
-  const Fft fft{&Dft::forward, &Dft::inverse, &dft};
-  uint32_t rng = 12345u;
-  constexpr int kWarmFrames = 40;  // past the first noise sub-window swap
-  for (int f = 0; f < kWarmFrames; ++f) {
-    make_frame(f, rng, in);
-    pipe.process(in, out, fft);
-  }
-  make_frame(kWarmFrames, rng, in);
-  const double analyze = count([&] { pipe.analyze_pcm16(in); });
-  fft.forward(fft.ctx, pipe.time_frame(), pipe.spectrum().re, pipe.spectrum().im);
-  const double spectral = count([&] { pipe.spectral(); });
-  fft.inverse(fft.ctx, pipe.out_spectrum().re, pipe.out_spectrum().im, pipe.out_time());
-  const double synthesize = count([&] { pipe.synthesize_pcm16(out); });
-  const double total = analyze + spectral + synthesize;
+  const bool counted = !(argc > 1 && argv[1][0] == 't');  // "trace": markers only
+  const TestSignal sig = make_test_signal(static_cast<double>(kWarmFrames + 1) * kHopIn / kInRate);
+  static Pipeline pipe;
+  static RealFft fft;
+  int16_t out[kHopIn];
+  for (int f = 0; f < kWarmFrames; ++f) pipe.process(&sig.noisy[f * kHopIn], out, fft.callbacks());
+  const int16_t* in = &sig.noisy[kWarmFrames * kHopIn];
 
-  std::printf("qel-denoise frame (768 samples at 48 kHz, 16 ms) on the Cortex-M33, FFT excluded\n");
-  std::printf("| %-62s | %12s |\n", "stage (library calls)", "instructions");
-  std::printf("|%s|%s|\n", "----------------------------------------------------------------",
-              "--------------");
-  std::printf("| %-62s | %12.0f |\n", "analyze: normalize, decimate 48->16 kHz (97 taps), window",
-              analyze);
-  std::printf("| %-62s | %12.0f |\n",
-              "spectral: power, noise estimate, Wiener gain, apply (257 bins)", spectral);
-  std::printf("| %-62s | %12.0f |\n",
-              "synthesize: overlap-add, interpolate 16->48 kHz, denormalize", synthesize);
-  std::printf("| %-62s | %12.0f |\n", "frame total", total);
+  struct Stage {
+    const char* name;
+    void (*run)(const int16_t* in, int16_t* out);
+  };
+  // Captureless, so that they convert to plain function pointers; the state is static above.
+  const Stage stages[] = {
+      {"analyze: 16-bit to float, decimate 48->16 kHz (97 taps), window",
+       [](const int16_t* x, int16_t*) { pipe.analyze_pcm16(x); }},
+      {"FFT: forward, 512-point real (fft.cpp)",
+       [](const int16_t*, int16_t*) {
+         fft.forward(pipe.time_frame(), pipe.spectrum().re, pipe.spectrum().im);
+       }},
+      {"spectral: power, noise estimate, gain, apply (257 bins)",
+       [](const int16_t*, int16_t*) { pipe.spectral(); }},
+      {"FFT: inverse, 512-point real (fft.cpp)",
+       [](const int16_t*, int16_t*) {
+         fft.inverse(pipe.out_spectrum().re, pipe.out_spectrum().im, pipe.out_time());
+       }},
+      {"synthesize: overlap-add, interpolate 16->48 kHz, to 16-bit",
+       [](const int16_t*, int16_t* y) { pipe.synthesize_pcm16(y); }},
+  };
+  for (const Stage& s : stages) {
+    qel_mark_begin();
+    s.run(in, out);
+    qel_mark_end();
+  }
+  if (!counted) return 0;
+  double total = 0.0;
+  for (const Stage& s : stages) {
+    const double n = count([&] { s.run(in, out); });
+    std::printf("stage\t%s\t%.0f\n", s.name, n);
+    total += n;
+  }
+  std::printf("memory\tframe state (Pipeline: filters, windows, buffers, noise and gain)\t%d\n",
+              static_cast<int>(sizeof(Pipeline)));
+  std::printf("memory\tFFT work buffer (RealFft)\t%d\n", static_cast<int>(sizeof(RealFft)));
+  std::printf("memory\tpeak stack of one whole frame (painted)\t%d\n",
+              frame_stack(pipe, fft, in, out));
   std::printf("frame_instructions=%.0f\n", total);
   return 0;
 }
