@@ -44,5 +44,9 @@ if [ "$what" != cost ]; then
   arm-none-eabi-size build/m33/examples/libqel_denoise_pipeline.a | awk 'NR > 1 { text += $1 }
     END { printf "| frame code outside the library (pipeline.cpp, fft.cpp; .text) | %d | flash |\n", text }'
   echo
+  n=$(arm-none-eabi-objdump -dr build/m33/examples/libqel_denoise_pipeline.a |
+    grep -cE '__aeabi_d|\.f64|\b(sin|cos|exp|log|pow)f?\b' || true)
+  echo "Double-precision operations or C library sines in that code: $n (float only, own sines)."
+  echo
 fi
-echo "$counts" | grep '^frame_instructions='
+[ "$what" = memory ] || echo "$counts" | grep '^frame_instructions='
