@@ -112,17 +112,18 @@ Pcm read_wav(const std::string& path) {
   size_t data_at = 0, data_size = 0;
   bool has_data = false;
   for (size_t at = 12; at + 8 <= b.size();) {
-    const uint32_t size = le(&b[at + 4], 4);
-    if (std::memcmp(&b[at], "fmt ", 4) == 0 && size >= 16 && at + 8 + size <= b.size()) {
+    const size_t size = le(&b[at + 4], 4), room = b.size() - at - 8;
+    if (std::memcmp(&b[at], "fmt ", 4) == 0 && size >= 16 && size <= room) {
       fmt = &b[at + 8];
-      fmt_size = size;
+      fmt_size = static_cast<uint32_t>(size);
     } else if (std::memcmp(&b[at], "data", 4) == 0) {
       has_data = true;
       data_at = at + 8;
-      data_size = std::min<size_t>(size, b.size() - data_at);  // a truncated file: what is there
+      data_size = std::min(size, room);  // a truncated file: what is there
       break;
     }
-    at += 8 + static_cast<size_t>(size) + (size & 1u);
+    if (size >= room) break;  // compared first: a 32-bit size_t must not wrap
+    at += 8 + size + (size & 1u);
   }
   if (!fmt) throw Error(name + " is not a WAV audio file (no format chunk)");
   const uint32_t channels = le(fmt + 2, 2), rate = le(fmt + 4, 4), bits = le(fmt + 14, 2);
