@@ -72,6 +72,16 @@ run() {
 run embedded 2 --seconds 2
 run wav16 2 "$tmp/in16.wav"
 run wav24 3 "$tmp/in24.wav"
+# The outputs keep the inputs' format and length: their 44-byte headers match
+# the inputs' (in24.wav comes from Python's wave module, not from our writer).
+for w in 16 24; do
+  if cmp -s -n 44 "$tmp/in$w.wav" "$tmp/wav$w-m33.wav"; then
+    echo "ok   wav$w: the output's header is the input's (format, rate, length)"
+  else
+    echo "FAIL wav$w: the output's header is not the input's"
+    fail=1
+  fi
+done
 run not-a-wav 0 "$tmp/notes.wav"
 run rate-44100 0 "$tmp/cd.wav"
 if [ "$fail" != 0 ]; then
