@@ -167,7 +167,8 @@ void report_cost(const Options& o, double rtf) {
   if (o.m33_instructions > 0) {
     std::printf("  %-20s%s instructions per frame (the whole frame, FFT included,\n",
                 o.m33_cycles > 0 ? "" : "Cortex-M33 cost", with_commas(o.m33_instructions).c_str());
-    std::printf("                      counted under QEMU; the table above has each stage)\n");
+    std::printf(
+        "                      counted under QEMU; per stage: scripts/m33_frame_cost.sh)\n");
   }
   if (o.m33_cycles <= 0 && o.m33_instructions <= 0) {
     std::printf(
