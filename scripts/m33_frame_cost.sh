@@ -28,8 +28,8 @@ if [ "$what" != memory ]; then
       printf "| **whole frame** | **%s** | 100 %% |\n", commas(total)
     }'
   echo
-  echo "Instructions counted under QEMU (-icount shift=0, SysTick; bench/m33/counter.h) after 41"
-  echo "frames of the embedded test signal; cycles not estimated."
+  echo "Instructions counted under QEMU (-icount shift=0, SysTick; bench/m33/counter.h) after 16"
+  echo "warm-up frames of a pulsed voice in noise; cycles not estimated."
   echo
 fi
 if [ "$what" != cost ]; then
