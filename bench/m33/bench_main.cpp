@@ -19,9 +19,10 @@ Registry& registry() {
 
 }  // namespace
 
-void report(const char* kernel, const char* size, double per_call, double units, const char* unit) {
-  std::printf("| %-36s | %-24s | %10.0f | %6.2f per %s |\n", kernel, size, per_call,
-              per_call / units, unit);
+void report(const char* kernel, const char* size, const Measure& m, double units,
+            const char* unit) {
+  std::printf("qel-row\t%d\t%s\t%s\t%.0f\t%.0f\t%s\n", m.pair, kernel, size, m.instructions, units,
+              unit);
 }
 
 Family::Family(const char* name, void (*run)()) {
@@ -35,10 +36,7 @@ Family::Family(const char* name, void (*run)()) {
 
 int main() {
   using namespace qel::bench;
-  std::printf("instructions per tick (calibrated): %.4f\n\n", instructions_per_tick());
-  std::printf("| %-36s | %-24s | %10s | %-16s |\n", "kernel", "size", "instr/call", "instr/unit");
-  std::printf("|%s|%s|%s|%s|\n", "--------------------------------------",
-              "--------------------------", "------------", "------------------");
+  std::printf("instructions per tick (calibrated): %.4f\n", instructions_per_tick());
   Registry& r = registry();
   for (int i = 0; i < r.n; ++i) r.runs[i]();
   return 0;

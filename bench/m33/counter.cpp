@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "counter.h"
 
+#include "marker.h"
+
 namespace qel::bench {
 namespace {
 
@@ -32,11 +34,43 @@ uint32_t elapsed(uint32_t start) { return (start - systick().val) & kMask; }
 
 [[gnu::noinline]] void empty_call(void*) { __asm volatile("" ::: "memory"); }
 
-uint32_t ticks_of(void (*fn)(void*), void* ctx, int reps) {
+// 4 + n instructions: each step of n moves the tick phase by one instruction.
+[[gnu::noinline]] void pad(uint32_t n) {
+  __asm volatile(
+      "tst %0, #1\n\t"
+      "beq 1f\n\t"
+      "nop\n"
+      "1: lsrs %0, %0, #1\n\t"
+      "beq 3f\n"
+      "2: subs %0, %0, #1\n\t"
+      "bne 2b\n"
+      "3:"
+      : "+r"(n)
+      :
+      : "cc");
+}
+
+uint32_t ticks_once(void (*fn)(void*), void* ctx, uint32_t phase) {
   restart();
+  pad(phase);
   const uint32_t start = systick().val;
-  for (int r = 0; r < reps; ++r) fn(ctx);
+  fn(ctx);
   return elapsed(start);
+}
+
+// Instructions from the first SysTick read to the second around fn(ctx).
+uint32_t instructions_of(void (*fn)(void*), void* ctx) {
+  const auto period = static_cast<uint32_t>(instructions_per_tick() + 0.5);
+  uint32_t sum = 0;
+  for (uint32_t phase = 0; phase < period; ++phase) sum += ticks_once(fn, ctx, phase);
+  return sum;
+}
+
+// The same call between the markers, for the trace; it is also the warm-up.
+[[gnu::noinline]] void marked(void (*fn)(void*), void* ctx) {
+  qel_mark_begin();
+  fn(ctx);
+  qel_mark_end();
 }
 
 }  // namespace
@@ -59,11 +93,13 @@ double instructions_per_tick() {
   return ratio;
 }
 
-double count_call(void (*fn)(void*), void* ctx, int reps) {
-  fn(ctx);  // warm-up: the first call may take a different path (nothing cached, but be fair)
-  const uint32_t t = ticks_of(fn, ctx, reps);
-  const uint32_t t0 = ticks_of(empty_call, nullptr, reps);
-  return (static_cast<double>(t) - static_cast<double>(t0)) * instructions_per_tick() / reps;
+Measure count_call(void (*fn)(void*), void* ctx) {
+  static int pairs = 0;
+  marked(empty_call, nullptr);
+  marked(fn, ctx);
+  const uint32_t n = instructions_of(fn, ctx);
+  const uint32_t n0 = instructions_of(empty_call, nullptr);
+  return {static_cast<double>(n) - static_cast<double>(n0), pairs++};
 }
 
 }  // namespace qel::bench

@@ -3,10 +3,13 @@
 //
 // QEMU models no cycle counter, but with -icount every instruction advances
 // virtual time by the same step, so SysTick on the processor clock moves once
-// per fixed number of instructions. count() restarts SysTick, runs the call
-// `reps` times, subtracts the same loop around an empty call, and converts
-// ticks to instructions with a ratio calibrated in the same run on a loop of
-// known length. QEMU is deterministic: reruns give the same figures.
+// per P instructions (P calibrated in the same run on a loop of known length).
+// One call spans X instructions and floor((a + X) / P) - floor(a / P) ticks,
+// a being the phase at the start; over P runs with the phase stepped by one
+// instruction each, the ticks add up to X exactly. count() does that for the
+// call and for an empty call, and returns the difference: an exact count.
+// Before that it runs each once between the markers of marker.h, so a trace
+// of the same run (m33_cycles.py) prices the same instructions in cycles.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +20,17 @@ namespace qel::bench {
 // SysTick ticks to instructions, calibrated once per run on a loop of known length.
 double instructions_per_tick();
 
-// Instructions per call of fn(ctx), an empty call's cost subtracted.
-double count_call(void (*fn)(void*), void* ctx, int reps);
+// One measurement: instructions per call, and the number of its pair of
+// marked regions (the empty call, then the call) in the run, from 0.
+struct Measure {
+  double instructions;
+  int pair;
+  operator double() const { return instructions; }
+};
+
+// Instructions per call of fn(ctx), an empty call's cost subtracted. The
+// count is exact when every call takes the same path.
+Measure count_call(void (*fn)(void*), void* ctx);
 
 template <typename F>
 [[gnu::noinline]] void call_trampoline(void* f) {
@@ -27,16 +39,17 @@ template <typename F>
 
 // Instructions per call of f(); f is typically a lambda that calls one kernel.
 template <typename F>
-double count(F&& f, int reps = 64) {
+Measure count(F&& f) {
   using Fn = std::remove_reference_t<F>;
-  return count_call(&call_trampoline<Fn>, &f, reps);
+  return count_call(&call_trampoline<Fn>, &f);
 }
 
 // The benchmark program (bench_main.cpp) below; other programs may link the
 // counter alone (counter.cpp, target qel_m33_counter).
 
-// One line of the report: kernel, size, instructions per call, per unit.
-void report(const char* kernel, const char* size, double per_call, double units, const char* unit);
+// One row of the report, tab-separated for m33_cycles.py --bench, which adds
+// the cycles: "qel-row", pair, kernel, size, instructions per call, units, unit.
+void report(const char* kernel, const char* size, const Measure& m, double units, const char* unit);
 
 // A family's measurements; each bench/m33/<family>_count.cpp registers one.
 struct Family {

@@ -36,7 +36,7 @@ QEL_M33_BENCH(fir) {
   for (int taps : {32, 128}) {
     const int n = 160;
     report("qel_flt_fir", taps == 32 ? "32 taps x 160" : "128 taps x 160",
-           count([&] { qel_flt_fir(b.src, b.dst, b.state, b.coeffs, taps, n); }, 8),
+           count([&] { qel_flt_fir(b.src, b.dst, b.state, b.coeffs, taps, n); }),
            static_cast<double>(taps) * n, "MAC");
   }
 
@@ -44,32 +44,31 @@ QEL_M33_BENCH(fir) {
     const int taps = 48, m = 3, n = 480;
     const double macs = static_cast<double>(taps) * (n / m);
     report("qel_flt_fir_decimate", "M3 48 taps x 480",
-           count([&] { qel_flt_fir_decimate(b.src, b.dst, b.state, b.coeffs, taps, m, n); }, 8),
+           count([&] { qel_flt_fir_decimate(b.src, b.dst, b.state, b.coeffs, taps, m, n); }), macs,
+           "MAC");
+    report("qel_flt_fir_decimate_int16", "M3 48 taps x 480", count([&] {
+             qel_flt_fir_decimate_int16(b.src16, b.dst16, b.state, b.coeffs, taps, m, n);
+           }),
            macs, "MAC");
-    report(
-        "qel_flt_fir_decimate_int16", "M3 48 taps x 480",
-        count([&] { qel_flt_fir_decimate_int16(b.src16, b.dst16, b.state, b.coeffs, taps, m, n); },
-              8),
-        macs, "MAC");
   }
 
   {
     const int taps = 48, l = 3, n = 160;
     const double nonzero = static_cast<double>(taps) * n;
     for (float* s = b.state; s != b.state + taps - 1; ++s) *s = 0.0f;  // a filter at rest
-    const double f =
-        count([&] { qel_flt_fir_interpolate(b.src, b.dst, b.state, b.coeffs, taps, l, n); }, 8);
+    const auto f =
+        count([&] { qel_flt_fir_interpolate(b.src, b.dst, b.state, b.coeffs, taps, l, n); });
     report("qel_flt_fir_interpolate", "L3 48 taps x 160", f, nonzero, "nonzero MAC");
     report("qel_flt_fir_interpolate", "L3 48 taps x 160", f, nonzero * l, "full MAC");
-    const double s = count(
-        [&] { qel_flt_fir_interpolate_int16(b.src16, b.dst16, b.state, b.coeffs, taps, l, n); }, 8);
+    const auto s = count(
+        [&] { qel_flt_fir_interpolate_int16(b.src16, b.dst16, b.state, b.coeffs, taps, l, n); });
     report("qel_flt_fir_interpolate_int16", "L3 48 taps x 160", s, nonzero, "nonzero MAC");
     report("qel_flt_fir_interpolate_int16", "L3 48 taps x 160", s, nonzero * l, "full MAC");
     // A non-finite coefficient forces the full formula.
     const float keep = b.coeffs[0];
     b.coeffs[0] = __builtin_inff();
     report("qel_flt_fir_interpolate", "L3 48 taps x 160, full",
-           count([&] { qel_flt_fir_interpolate(b.src, b.dst, b.state, b.coeffs, taps, l, n); }, 8),
+           count([&] { qel_flt_fir_interpolate(b.src, b.dst, b.state, b.coeffs, taps, l, n); }),
            nonzero * l, "full MAC");
     b.coeffs[0] = keep;
   }

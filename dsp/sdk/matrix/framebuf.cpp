@@ -3,6 +3,7 @@
 // accumulation of a buffer into a frame through a window read backwards.
 #include "detail/contract.hpp"
 #include "detail/loops.hpp"
+#include "detail/mac.hpp"
 #include "utils.h"
 #include "vector.h"
 
@@ -13,24 +14,37 @@ namespace {
 // floats one by one (six instructions an element); VLDM/VSTM move four in one
 // instruction, and VLDMDB reads the window backwards. Each pointer moves on by
 // the group. window_end is one past the weight of the group's first element,
-// so s11 weighs the first element and s8 the last. VMLA rounds the product
-// before the addition, so each element is fft + buff * weight with the bits of
-// the portable loop.
+// so s11 weighs the first element and s8 the last. The product is rounded
+// before the addition (VMLA does so too), so each element is
+// fft + buff * weight with the bits of the portable loop.
+#if QEL_USE_VMLA
+#define QEL_MAA4             \
+  "vmla.f32 s4, s0, s11\n\t" \
+  "vmla.f32 s5, s1, s10\n\t" \
+  "vmla.f32 s6, s2, s9\n\t"  \
+  "vmla.f32 s7, s3, s8\n\t"
+#else
+#define QEL_MAA4              \
+  "vmul.f32 s11, s0, s11\n\t" \
+  "vmul.f32 s10, s1, s10\n\t" \
+  "vmul.f32 s9, s2, s9\n\t"   \
+  "vmul.f32 s8, s3, s8\n\t"   \
+  "vadd.f32 s4, s4, s11\n\t"  \
+  "vadd.f32 s5, s5, s10\n\t"  \
+  "vadd.f32 s6, s6, s9\n\t"   \
+  "vadd.f32 s7, s7, s8\n\t"
+#endif
 [[gnu::always_inline]] inline void accumulate4(qel_float*& fft, const qel_float*& buff,
                                                const qel_float*& window_end) {
   __asm__ volatile(
       "vldmia %[b]!, {s0-s3}\n\t"
       "vldmdb %[w]!, {s8-s11}\n\t"
-      "vldmia %[f], {s4-s7}\n\t"
-      "vmla.f32 s4, s0, s11\n\t"
-      "vmla.f32 s5, s1, s10\n\t"
-      "vmla.f32 s6, s2, s9\n\t"
-      "vmla.f32 s7, s3, s8\n\t"
-      "vstmia %[f]!, {s4-s7}"
+      "vldmia %[f], {s4-s7}\n\t" QEL_MAA4 "vstmia %[f]!, {s4-s7}"
       : [f] "+r"(fft), [b] "+r"(buff), [w] "+r"(window_end)
       :
       : "s0", "s1", "s2", "s3", "s4", "s5", "s6", "s7", "s8", "s9", "s10", "s11", "memory");
 }
+#undef QEL_MAA4
 #endif
 
 }  // namespace
