@@ -4,22 +4,17 @@
 // fft.cpp), warmed up so the filters and the noise estimate hold the data of
 // a running denoiser.
 //
-// Each stage runs once between the markers qel_mark_begin() and
-// qel_mark_end(), in table order, so that a trace of the run priced by
-// bench/m33/m33_cycles.py gives its instructions and estimated cycles. Then,
-// unless the argument is "trace", each stage is counted again with the
-// SysTick counter of bench/m33 (QEMU -icount shift=0), the frame's memory is
-// printed and its peak stack measured. scripts/m33_frame_cost.sh runs both.
+// Each stage of one frame runs between the markers qel_mark_begin() and
+// qel_mark_end() (bench/m33/marker.h), so that QEMU's trace of the run, priced
+// by bench/m33/m33_cycles.py, gives its instructions and estimated cycles; the
+// program then names the stages in region order, prints the frame's memory and
+// measures its peak stack. scripts/m33_frame_cost.sh runs it and makes the tables.
 #include <cstdint>
 #include <cstdio>
 
-#include "counter.h"
 #include "fft.h"
+#include "marker.h"
 #include "pipeline.h"
-
-// Until bench/m33 has them: the region markers a trace pricer looks for.
-extern "C" [[gnu::noinline]] void qel_mark_begin() { __asm volatile("" ::: "memory"); }
-extern "C" [[gnu::noinline]] void qel_mark_end() { __asm volatile("" ::: "memory"); }
 
 namespace {
 
@@ -73,9 +68,7 @@ class Voice {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  using qel::bench::count;
-  const bool counted = !(argc > 1 && argv[1][0] == 't');  // "trace": markers only
+int main() {
   static Pipeline pipe;
   static RealFft fft;
   Voice voice;
@@ -84,45 +77,36 @@ int main(int argc, char** argv) {
     voice.fill(in, kHopIn);
     if (f < kWarmFrames) pipe.process(in, out, fft.callbacks());
   }
-
-  struct Stage {
-    const char* name;
-    void (*run)(const int16_t* in, int16_t* out);
-  };
-  // Captureless, so that they convert to plain function pointers; the state is static above.
-  const Stage stages[] = {
-      {"analyze: 16-bit to float, decimate 48->16 kHz (97 taps), window",
-       [](const int16_t* x, int16_t*) { pipe.analyze_pcm16(x); }},
-      {"FFT: forward, 512-point real (fft.cpp)",
-       [](const int16_t*, int16_t*) {
-         fft.forward(pipe.time_frame(), pipe.spectrum().re, pipe.spectrum().im);
-       }},
-      {"spectral: power, noise estimate, gain, apply (257 bins)",
-       [](const int16_t*, int16_t*) { pipe.spectral(); }},
-      {"FFT: inverse, 512-point real (fft.cpp)",
-       [](const int16_t*, int16_t*) {
-         fft.inverse(pipe.out_spectrum().re, pipe.out_spectrum().im, pipe.out_time());
-       }},
-      {"synthesize: overlap-add, interpolate 16->48 kHz, to 16-bit",
-       [](const int16_t*, int16_t* y) { pipe.synthesize_pcm16(y); }},
-  };
-  for (const Stage& s : stages) {
-    qel_mark_begin();
-    s.run(in, out);
-    qel_mark_end();
-  }
-  if (!counted) return 0;
-  double total = 0.0;
-  for (const Stage& s : stages) {
-    const double n = count([&] { s.run(in, out); });
-    std::printf("stage\t%s\t%.0f\n", s.name, n);
-    total += n;
+  // One frame, stage by stage, each a marked region, as process() runs it.
+  qel_mark_begin();
+  pipe.analyze_pcm16(in);
+  qel_mark_end();
+  qel_mark_begin();
+  fft.forward(pipe.time_frame(), pipe.spectrum().re, pipe.spectrum().im);
+  qel_mark_end();
+  qel_mark_begin();
+  pipe.spectral();
+  qel_mark_end();
+  qel_mark_begin();
+  fft.inverse(pipe.out_spectrum().re, pipe.out_spectrum().im, pipe.out_time());
+  qel_mark_end();
+  qel_mark_begin();
+  pipe.synthesize_pcm16(out);
+  qel_mark_end();
+  for (const char* stage : {
+           "analyze: 16-bit to float, decimate 48->16 kHz (97 taps), window",
+           "FFT: forward, 512-point real (fft.cpp)",
+           "spectral: power, noise estimate, gain, apply (257 bins)",
+           "FFT: inverse, 512-point real (fft.cpp)",
+           "synthesize: overlap-add, interpolate 16->48 kHz, to 16-bit",
+       }) {
+    std::printf("stage\t%s\n", stage);
   }
   std::printf("memory\tframe state (Pipeline: filters, windows, buffers, noise and gain)\t%d\n",
               static_cast<int>(sizeof(Pipeline)));
   std::printf("memory\tFFT work buffer (RealFft)\t%d\n", static_cast<int>(sizeof(RealFft)));
+  voice.fill(in, kHopIn);
   std::printf("memory\tpeak stack of one whole frame (painted)\t%d\n",
               frame_stack(pipe, fft, in, out));
-  std::printf("frame_instructions=%.0f\n", total);
   return 0;
 }
