@@ -208,8 +208,8 @@ int run_cli(const Options& o) {
 
   const double seconds = static_cast<double>(in.size()) / kInRate;
   Progress progress(!o.quiet && seconds > 5.0, seconds);
-  constexpr int kColumns = 480;
-  Result r = run(in, Params{}, kColumns, [&](double f) { progress(f); });
+  const int columns = png ? 480 : 0;  // no picture, no spectrogram to gather
+  Result r = run(in, Params{}, columns, [&](double f) { progress(f); });
 
   write_wav(wav, r.out);
   if (png) write_png(*png, r.in_spec, r.out_spec, seconds, kRate / 2.0);
