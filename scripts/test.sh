@@ -26,6 +26,12 @@ echo "==== m33 built for size (-Os): the general filter paths"
 cmake --preset m33-os >/dev/null
 cmake --build --preset m33-os
 ctest --preset m33-os
+echo "==== m33 with the single-instruction multiply-accumulate (QEL_MAC=vmla): the same results"
+cmake --preset m33-vmla >/dev/null
+cmake --build --preset m33-vmla
+ctest --preset m33-vmla
+echo "==== M33 cycle pricer: rules checked on sequences priced by hand"
+python3 bench/m33/m33_cycles.py --self-test
 
 echo "==== host with AddressSanitizer and UndefinedBehaviorSanitizer"
 cmake --preset host-asan >/dev/null

@@ -19,10 +19,10 @@ Registry& registry() {
 
 }  // namespace
 
-void report(const char* kernel, const char* size, const Measure& m, double units,
-            const char* unit) {
-  std::printf("qel-row\t%d\t%s\t%s\t%.0f\t%.0f\t%s\n", m.pair, kernel, size, m.instructions, units,
-              unit);
+void report(const char* kernel, const char* size, const Measure& m, double units, const char* unit,
+            double target, const char* why) {
+  std::printf("qel-row\t%d\t%s\t%s\t%.0f\t%.0f\t%s\t%.2f\t%s\n", m.pair, kernel, size,
+              m.instructions, units, unit, target, why);
 }
 
 Family::Family(const char* name, void (*run)()) {

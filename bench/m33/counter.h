@@ -48,8 +48,12 @@ Measure count(F&& f) {
 // counter alone (counter.cpp, target qel_m33_counter).
 
 // One row of the report, tab-separated for m33_cycles.py --bench, which adds
-// the cycles: "qel-row", pair, kernel, size, instructions per call, units, unit.
-void report(const char* kernel, const char* size, const Measure& m, double units, const char* unit);
+// the cycles: "qel-row", pair, kernel, size, instructions per call, units,
+// unit, target and why it may be missed. The target is in estimated cycles per
+// unit of the default build (0: none); `why` says in one line why it cannot be
+// met, where that is so.
+void report(const char* kernel, const char* size, const Measure& m, double units, const char* unit,
+            double target = 0.0, const char* why = "");
 
 // A family's measurements; each bench/m33/<family>_count.cpp registers one.
 struct Family {

@@ -22,5 +22,5 @@ QEL_M33_BENCH(framebuf) {
          count([&] { qel_fl_circular(out, delay, in, gain, kDelay, 400, kBlock); }), kBlock,
          "sample");
   report("qel_fl_maa", "512", count([&] { qel_fl_maa(frame, buff, window + kFrame - 1, kFrame); }),
-         kFrame, "elem");
+         kFrame, "elem", 7.00);
 }

@@ -30,13 +30,16 @@ Usage:
   m33_cycles.py --run ELF [ARGS..]   run ELF under QEMU, stream the trace through
                                      a FIFO (traces are large), print the program's
                                      output and then the regions
-  m33_cycles.py --bench ELF          run the M33 benchmark program and print its
-                                     Markdown table: instructions and estimated
-                                     cycles per call and per unit, each call's
-                                     traced count checked against its SysTick count
+  m33_cycles.py --bench LABEL=ELF [LABEL=ELF..]
+                                     run the M33 benchmark program built in one or
+                                     more forms (e.g. split=... vmla=...) and print
+                                     one Markdown table: instructions and estimated
+                                     cycles per call (first form) and per unit (each
+                                     form), targets met or missed; every traced call
+                                     is checked against its SysTick count
   m33_cycles.py --self-test          check the pricing rules on hand-worked sequences
-Options: --table FILE (default: the table beside this script), --title TEXT
-(--bench: a heading line). Output of ELF/--run: one line per region, in order:
+Option: --table FILE (first; default: the table beside this script).
+Output of ELF TRACE and --run: one line per region, in order:
   region <n> instructions <i> cycles <c>
 Exit status 1 on an unbalanced marker, a failed check or a failed run.
 """
@@ -69,8 +72,8 @@ MUL = {"mul", "muls", "mla", "mls", "smull", "umull", "smlal", "umlal", "umaal"}
 MUL_PREFIX = ("smul", "smla", "smua", "smus", "smls", "smml", "smmu")
 NO_DEST = {"cmp", "cmn", "tst", "teq", "nop", "it", "dmb", "dsb", "isb", "bkpt", "svc", "msr",
            "cpsie", "cpsid", "wfi", "wfe", "sev", "yield", "udf"}
-LOADLIKE = {"ldr", "vldr"}  # single loads: may pipeline the next single load or store
-SINGLE_LS = {"ldr", "str", "str_imm", "vldr", "vstr"}
+SINGLE_LOADS = {"ldr", "vldr", "vldr64"}  # may pipeline the next single load or store
+SINGLE_LS = SINGLE_LOADS | {"str", "str_imm", "vstr"}
 
 
 def read_table(path):
@@ -204,10 +207,9 @@ class Pricer:
         t, prev = self.t, self.prev
         cost = insn.cost
         kind = insn.kind
-        if prev is not None and (kind in SINGLE_LS or kind.startswith("vldr")):
-            if (prev.kind in LOADLIKE or prev.kind == "vldr64") and not prev.wb and not (
-                    set(prev.dest) & set(insn.addr)):
-                cost = max(1, cost - t["ls_pipelined"])
+        if prev is not None and kind in SINGLE_LS and prev.kind in SINGLE_LOADS and (
+                not prev.wb and not set(prev.dest) & set(insn.addr)):
+            cost = max(1, cost - t["ls_pipelined"])
         if prev is not None and insn.addr and prev.kind in ("alu", "mul", "div") and (
                 set(prev.dest) & set(insn.addr)):
             cost += t["agu_interlock"]
@@ -289,14 +291,19 @@ def price_trace(lines, insns, funcs, table):
             raise SystemExit("m33_cycles: qel_mark_end without qel_mark_begin")
         state["last"] = pc
 
-    held = None  # QEMU may rewind an I/O instruction and log it again: hold each line one step
+    # A logged instruction may not run: QEMU rewinds an I/O access, or stops before
+    # it (icount budget), and logs it again when it runs. Hold each line one step.
+    held = None
     for line in lines:
         if line.startswith(b"Trace"):
             if held is not None:
                 feed(held)
             i = line.index(b"/") + 1
             held = line[i:i + 8]
-        elif line.startswith(b"cpu_io_recompile: rewound"):
+        elif line.startswith((b"cpu_io_recompile: rewound", b"Stopped execution of TB chain")):
+            addr = re.search(rb"(?:to |\[)([0-9a-f]+)", line).group(1).rjust(8, b"0")
+            if addr != held:
+                raise SystemExit("m33_cycles: unexpected trace line: %r" % line)
             held = None
     if held is not None:
         feed(held)
@@ -349,34 +356,54 @@ def run_traced(elf, args, table):
     return output, result["regions"]
 
 
-def bench(elf, table, title):
-    """The benchmark program's rows (tab-separated lines starting 'qel-row'), with cycles."""
+def bench_rows(elf, table):
+    """The benchmark program's rows ('qel-row' lines, see counter.h) with traced figures."""
     output, regions = run_traced(elf, [], table)
     rows, failed = [], False
     for line in output.splitlines():
         if not line.startswith("qel-row\t"):
             continue
-        _, pair, kernel, size, instr, units, unit = line.split("\t")
+        _, pair, kernel, size, instr, units, unit, target, why = line.split("\t")
         k = int(pair)
         if 2 * k + 1 >= len(regions):
             raise SystemExit("m33_cycles: no marked call for row %s" % kernel)
         (e_n, e_c), (f_n, f_c) = regions[2 * k], regions[2 * k + 1]
-        traced, cycles = f_n - e_n, f_c - e_c
-        if traced != int(instr):
-            print("MISMATCH %s %s: SysTick %s, trace %d instructions" % (kernel, size, instr,
-                                                                         traced), file=sys.stderr)
+        if f_n - e_n != int(instr):
+            print("MISMATCH %s %s in %s: SysTick %s, trace %d instructions" % (
+                kernel, size, elf, instr, f_n - e_n), file=sys.stderr)
             failed = True
-        rows.append((kernel, size, traced, cycles, float(units), unit))
-    if failed or not rows:
-        raise SystemExit("m33_cycles: the trace and the SysTick counts disagree" if failed else
-                         "m33_cycles: the program printed no rows")
-    if title:
-        print(title + "\n")
-    print("| kernel | size | instructions | est. cycles | instr. per unit | est. cycles per unit |")
-    print("|---|---|---:|---:|---:|---:|")
-    for kernel, size, n, c, units, unit in rows:
-        print("| `%s` | %s | %d | %d | %.2f | %.2f per %s |" % (kernel, size, n, c, n / units,
-                                                               c / units, unit))
+        rows.append((kernel, size, f_n - e_n, f_c - e_c, float(units), unit, float(target), why))
+    if failed:
+        raise SystemExit("m33_cycles: the trace and the SysTick counts disagree")
+    if not rows:
+        raise SystemExit("m33_cycles: %s printed no rows" % elf)
+    return rows
+
+
+def bench(forms, table):
+    """Markdown table of the benchmark built in several forms (LABEL=ELF); the first is the
+    default: its figures per call, and the targets (estimated cycles per unit) apply to it."""
+    runs = [(label, bench_rows(elf, table)) for label, _, elf in (f.partition("=") for f in forms)]
+    first = runs[0][1]
+    for label, rows in runs[1:]:
+        if [r[:2] for r in rows] != [r[:2] for r in first]:
+            raise SystemExit("m33_cycles: the %s build printed other rows" % label)
+    head = ["kernel", "size", "instr./call", "est. cycles/call"]
+    for label, _ in runs:
+        head += ["%s: instr./unit" % label, "%s: est. cycles/unit" % label]
+    print("| " + " | ".join(head + ["target (%s, est. cycles/unit)" % runs[0][0]]) + " |")
+    print("|---|---|" + "---:|" * (len(head) - 2) + "---|")
+    for k, (kernel, size, n, c, units, unit, target, why) in enumerate(first):
+        cells = ["`%s`" % kernel, size, "%d" % n, "%d" % c]
+        for _, rows in runs:
+            cells += ["%.2f" % (rows[k][2] / units), "%.2f per %s" % (rows[k][3] / units, unit)]
+        verdict = ""
+        if target > 0:
+            met = c / units <= target + 1e-9
+            verdict = "<= %.2f: %s" % (target, "met" if met else "**missed**")
+            if why and not met:
+                verdict += " (%s)" % why
+        print("| " + " | ".join(cells + [verdict]) + " |")
 
 
 def self_test(table):
@@ -419,7 +446,8 @@ def self_test(table):
         if pricer.total() != want:
             print("self-test: %s to %d: %d, expected %d" % (insn, next_pc, pricer.total(), want))
             failures += 1
-    # the trace reader: a rewound line is dropped; the BL to qel_mark_end is not counted
+    # the trace reader: a rewound or stopped line is dropped; the BL to qel_mark_end is not
+    # counted
     listing = ("10000000 <qel_mark_begin>:\n10000000:\t4770 \tbx\tlr\n"
                "10000002 <main>:\n10000002:\tf7ff fffd \tbl\t10000000 <qel_mark_begin>\n"
                "10000006:\t6801 \tldr\tr1, [r0, #0]\n10000008:\t6842 \tldr\tr2, [r0, #4]\n"
@@ -430,6 +458,8 @@ def self_test(table):
              (b"10000002", b"10000000", b"10000006", b"10000008")]
     trace.insert(3, b"cpu_io_recompile: rewound execution of TB to 10000006\n")
     trace.insert(4, trace[2])
+    trace.insert(5, b"Stopped execution of TB chain before 0x1 [10000006] main\n")
+    trace.insert(6, trace[2])
     trace += [b"Trace 0: 0x1 [0/%s/0/0] x\n" % a for a in (b"1000000a", b"1000000e")]
     regions = price_trace(trace, insns, funcs, table)
     if regions != [(2, 3)]:
@@ -440,18 +470,14 @@ def self_test(table):
 
 
 def main(argv):
-    table_path, title = TABLE, ""
-    while len(argv) > 1 and argv[0] in ("--table", "--title"):
-        if argv[0] == "--table":
-            table_path = argv[1]
-        else:
-            title = argv[1]
-        argv = argv[2:]
+    table_path = TABLE
+    if len(argv) > 1 and argv[0] == "--table":
+        table_path, argv = argv[1], argv[2:]
     table = read_table(table_path)
     if argv[:1] == ["--self-test"]:
         return 0 if self_test(table) else 1
-    if argv[:1] == ["--bench"] and len(argv) == 2:
-        bench(argv[1], table, title)
+    if argv[:1] == ["--bench"] and len(argv) >= 2:
+        bench(argv[1:], table)
         return 0
     if argv[:1] == ["--run"] and len(argv) >= 2:
         output, regions = run_traced(argv[1], argv[2:], table)

@@ -19,14 +19,15 @@ QEL_M33_BENCH(spectra) {
   qel_flt_vec D{n, br}, O{n, out};
   // qel_cpx_vec_abs counts its qel_sqrtf calls too (BL, VSQRT, return).
   report("qel_cpx_vec_dot_product_conj", "257",
-         count([&] { qel_cpx_vec_dot_product_conj(&A, &B, &C); }), n, "bin");
+         count([&] { qel_cpx_vec_dot_product_conj(&A, &B, &C); }), n, "bin", 13.5);
   report("qel_cpx_vec_dot_product_maddc_conj", "257",
-         count([&] { qel_cpx_vec_dot_product_maddc_conj(&A, &B, &C); }), n, "bin");
+         count([&] { qel_cpx_vec_dot_product_maddc_conj(&A, &B, &C); }), n, "bin", 18.0);
   report("qel_cpx_vec_dot_product", "257", count([&] { qel_cpx_vec_dot_product(&A, &B, &C); }), n,
          "bin");
-  report("qel_cpx_vec_power", "257", count([&] { qel_cpx_vec_power(&A, &O); }), n, "bin");
+  report("qel_cpx_vec_power", "257", count([&] { qel_cpx_vec_power(&A, &O); }), n, "bin", 7.00);
   report("qel_cpx_vec_abs (+sqrt call)", "257", count([&] { qel_cpx_vec_abs(&A, &O); }), n, "bin");
-  report("qel_cpx_vec_power_sum", "257", count([&] { (void)qel_cpx_vec_power_sum(&A); }), n, "bin");
+  report("qel_cpx_vec_power_sum", "257", count([&] { (void)qel_cpx_vec_power_sum(&A); }), n, "bin",
+         6.50);
   report("qel_cpx_vec_dot_division", "257", count([&] { qel_cpx_vec_dot_division(&A, &B, &C); }), n,
          "bin");
   report("qel_cpx_vec_dot_division_flt", "257",
