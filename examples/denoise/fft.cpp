@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Radix-4 complex FFT of 256 points and the real-signal split around it.
+// Complex FFT of 256 points (radix 8, 8, 4) and the real-signal split around it.
 //
-// Forward: decimation in frequency, natural order in, base-4 digit-reversed
-// order out, read back through the digit-reversal table by the split.
+// Forward: decimation in frequency, natural order in, digit-reversed order out
+// (digits of 8, 8 and 4), read back through the reversal table by the split.
 // Inverse: the merge writes in digit-reversed order, then decimation in time
 // gives natural order in place. Neither needs a separate permutation pass.
+// Radix 8 takes three passes over the data where radix 4 took four: on the
+// M33 that saved 18 % of the pair's estimated cycles (loads, stores, loop
+// upkeep); the butterflies are templates on their stride so every offset is a
+// constant (as plain functions of a run-time stride, radix 8 lost 14 %).
 #include "fft.h"
 
 #include <cstdint>
@@ -54,27 +58,22 @@ constexpr Cpx unit(int m) {
   }
 }
 
-// A stage over blocks of len points multiplies branch r of butterfly j by W_len^(r j),
-// r = 1..3; W_len = e^(-2 pi i / len) = unit(kFft / len).
+// A radix-8 pass over blocks of len points multiplies branch r of butterfly j
+// by W_len^(r j), r = 1..7; W_len = e^(-2 pi i / len) = unit(kFft / len).
 struct Twiddles {
-  Cpx w1, w2, w3;
+  Cpx w[7];
 };
-constexpr int kStageTw = kN / 4 + kN / 16 + kN / 64;  // stages of 256, 64, 16 points
+constexpr int kStageTw = kN / 8 + kN / 64;  // passes over 256 and 32 points
 constexpr std::array<Twiddles, kStageTw> kTw = [] {
   std::array<Twiddles, kStageTw> t{};
   int at = 0;
-  for (int len = kN; len >= 16; len /= 4) {
-    const int step = kFft / len;
-    for (int j = 0; j < len / 4; ++j)
-      t[at++] = {unit(step * j), unit(2 * step * j), unit(3 * step * j)};
+  for (int len = kN; len >= 32; len /= 8) {
+    for (int j = 0; j < len / 8; ++j, ++at) {
+      for (int r = 1; r < 8; ++r) t[at].w[r - 1] = unit(r * j * (kFft / len));
+    }
   }
   return t;
 }();
-// (The 4-point stage of the inverse gets the 16-point table; its butterfly 0
-// reads no twiddles.)
-constexpr const Twiddles* stage_twiddles(int len) {
-  return len == kN ? &kTw[0] : len == kN / 4 ? &kTw[kN / 4] : &kTw[kN / 4 + kN / 16];
-}
 
 // W_kFft^k for the split and the merge, k = 0..kN/2.
 constexpr std::array<Cpx, kN / 2 + 1> kSplitTw = [] {
@@ -83,113 +82,144 @@ constexpr std::array<Cpx, kN / 2 + 1> kSplitTw = [] {
   return t;
 }();
 
-// Base-4 digit reversal of 0..255.
+// Where frequency k = d1 + 8 d2 + 64 d3 (d1, d2 < 8, d3 < 4) sits in the
+// transform's order: at 32 d1 + 4 d2 + d3.
 constexpr std::array<uint8_t, kN> kRev = [] {
   std::array<uint8_t, kN> r{};
-  for (int p = 0; p < kN; ++p) {
-    r[p] = static_cast<uint8_t>(((p & 3) << 6) | ((p & 12) << 2) | ((p & 48) >> 2) | (p >> 6));
-  }
+  for (int k = 0; k < kN; ++k)
+    r[k] = static_cast<uint8_t>(32 * (k & 7) + 4 * ((k >> 3) & 7) + (k >> 6));
   return r;
 }();
 
-// z * w and z * conj(w), on interleaved values.
+struct C {
+  float r, i;
+};
+inline C operator+(C a, C b) { return {a.r + b.r, a.i + b.i}; }
+inline C operator-(C a, C b) { return {a.r - b.r, a.i - b.i}; }
+inline C times_i(C a) { return {-a.i, a.r}; }        // i a
+inline C times_minus_i(C a) { return {a.i, -a.r}; }  // -i a
+inline C times(C a, Cpx w) { return {a.r * w.re - a.i * w.im, a.r * w.im + a.i * w.re}; }
+inline C times_conj(C a, Cpx w) { return {a.r * w.re + a.i * w.im, a.i * w.re - a.r * w.im}; }
+constexpr float kHalfSqrt2 = 0.707106781f;
+
+// z * w and z * conj(w), on interleaved values (the split and the merge).
 inline void mul(float& re, float& im, Cpx w) {
-  const float r = re * w.re - im * w.im;
-  im = re * w.im + im * w.re;
-  re = r;
+  const C z = times({re, im}, w);
+  re = z.r, im = z.i;
 }
 inline void mul_conj(float& re, float& im, Cpx w) {
-  const float r = re * w.re + im * w.im;
-  im = im * w.re - re * w.im;
-  re = r;
+  const C z = times_conj({re, im}, w);
+  re = z.r, im = z.i;
 }
 
-// One decimation-in-frequency stage: in every block of len points, butterfly j
-// takes points j + m q (q = len / 4, m = 0..3) and gives
-//   y_r = (sum_m x_m (-i)^(r m)) W_len^(r j),  written back to j + r q.
-// src may be dst.
-void dif_stage(const float* src, float* dst, int len) {
-  const int q = len / 4;
-  const Twiddles* tw = stage_twiddles(len);
-  for (int base = 0; base < kN; base += len) {
-    for (int j = 0; j < q; ++j) {
-      const int a = 2 * (base + j), b = a + 2 * q, c = b + 2 * q, d = c + 2 * q;
-      const float t0r = src[a] + src[c], t0i = src[a + 1] + src[c + 1];
-      const float t1r = src[a] - src[c], t1i = src[a + 1] - src[c + 1];
-      const float t2r = src[b] + src[d], t2i = src[b + 1] + src[d + 1];
-      const float t3r = src[b] - src[d], t3i = src[b + 1] - src[d + 1];
-      float y1r = t1r + t3i, y1i = t1i - t3r;  // t1 - i t3
-      float y2r = t0r - t2r, y2i = t0i - t2i;
-      float y3r = t1r - t3i, y3i = t1i + t3r;  // t1 + i t3
-      mul(y1r, y1i, tw[j].w1);
-      mul(y2r, y2i, tw[j].w2);
-      mul(y3r, y3i, tw[j].w3);
-      dst[a] = t0r + t2r;
-      dst[a + 1] = t0i + t2i;
-      dst[b] = y1r;
-      dst[b + 1] = y1i;
-      dst[c] = y2r;
-      dst[c + 1] = y2i;
-      dst[d] = y3r;
-      dst[d + 1] = y3i;
-    }
-  }
+inline C at(const float* x, int a) { return {x[a], x[a + 1]}; }
+inline void put(float* x, int a, C v) { x[a] = v.r, x[a + 1] = v.i; }
+
+// 4-point DFTs: y_r = sum_m v_m (-i)^(r m), and the inverse with i.
+inline void dft4(C& v0, C& v1, C& v2, C& v3) {
+  const C t0 = v0 + v2, t1 = v0 - v2, t2 = v1 + v3, t3 = times_minus_i(v1 - v3);
+  v0 = t0 + t2, v1 = t1 + t3, v2 = t0 - t2, v3 = t1 - t3;
+}
+inline void idft4(C& v0, C& v1, C& v2, C& v3) {
+  const C t0 = v0 + v2, t1 = v0 - v2, t2 = v1 + v3, t3 = times_i(v1 - v3);
+  v0 = t0 + t2, v1 = t1 + t3, v2 = t0 - t2, v3 = t1 - t3;
 }
 
-// The 4-point butterflies of the last forward stage, whose twiddles are all 1.
-void dif_last(float* x) {
-  for (int a = 0; a < 2 * kN; a += 8) {
-    const float t0r = x[a] + x[a + 4], t0i = x[a + 1] + x[a + 5];
-    const float t1r = x[a] - x[a + 4], t1i = x[a + 1] - x[a + 5];
-    const float t2r = x[a + 2] + x[a + 6], t2i = x[a + 3] + x[a + 7];
-    const float t3r = x[a + 2] - x[a + 6], t3i = x[a + 3] - x[a + 7];
-    x[a] = t0r + t2r;
-    x[a + 1] = t0i + t2i;
-    x[a + 2] = t1r + t3i;
-    x[a + 3] = t1i - t3r;
-    x[a + 4] = t0r - t2r;
-    x[a + 5] = t0i - t2i;
-    x[a + 6] = t1r - t3i;
-    x[a + 7] = t1i + t3r;
-  }
-}
-
-// The inverse's butterfly, decimation in time with conjugate twiddles: the
-// points x_m = x[a + m q2], m = 0..3, are first multiplied by conj(w_m), then
-//   X_r = sum_m x_m i^(r m),  written back to x[a + r q2].
-// Without twiddles (Tw false) every w_m is 1.
-template <bool Tw>
-inline void dit_butterfly(float* x, int a, int q2, const Twiddles& w) {
-  const int b = a + q2, c = b + q2, d = c + q2;
-  float t1r = x[b], t1i = x[b + 1], t2r = x[c], t2i = x[c + 1], t3r = x[d], t3i = x[d + 1];
+// A decimation-in-frequency butterfly of 8 points at a (in floats), q2 floats
+// apart: y_r = (sum_m x_m W8^(r m)) w_r, read from src and written to x at
+// a + r q2 (src may be x). As two
+// 4-point DFTs: the sums x_m + x_(m+4) give the even y, the differences turned
+// by W8^m the odd ones.
+template <int q2, bool Tw>
+[[gnu::always_inline]] inline void dif8(const float* src, float* x, int a, const Cpx* w) {
+  C x0 = at(src, a), x1 = at(src, a + q2), x2 = at(src, a + 2 * q2), x3 = at(src, a + 3 * q2);
+  C x4 = at(src, a + 4 * q2), x5 = at(src, a + 5 * q2), x6 = at(src, a + 6 * q2);
+  C x7 = at(src, a + 7 * q2);
+  C e0 = x0 + x4, e1 = x1 + x5, e2 = x2 + x6, e3 = x3 + x7;
+  C o0 = x0 - x4, o1 = x1 - x5, o2 = times_minus_i(x2 - x6), o3 = x3 - x7;
+  o1 = {kHalfSqrt2 * (o1.r + o1.i), kHalfSqrt2 * (o1.i - o1.r)};   // W8 = (1 - i) / sqrt 2
+  o3 = {kHalfSqrt2 * (o3.i - o3.r), -kHalfSqrt2 * (o3.r + o3.i)};  // W8^3 = -(1 + i) / sqrt 2
+  dft4(e0, e1, e2, e3);
+  dft4(o0, o1, o2, o3);
+  put(x, a, e0);
   if (Tw) {
-    mul_conj(t1r, t1i, w.w1);
-    mul_conj(t2r, t2i, w.w2);
-    mul_conj(t3r, t3i, w.w3);
+    put(x, a + q2, times(o0, w[0]));
+    put(x, a + 2 * q2, times(e1, w[1]));
+    put(x, a + 3 * q2, times(o1, w[2]));
+    put(x, a + 4 * q2, times(e2, w[3]));
+    put(x, a + 5 * q2, times(o2, w[4]));
+    put(x, a + 6 * q2, times(e3, w[5]));
+    put(x, a + 7 * q2, times(o3, w[6]));
+  } else {
+    put(x, a + q2, o0);
+    put(x, a + 2 * q2, e1);
+    put(x, a + 3 * q2, o1);
+    put(x, a + 4 * q2, e2);
+    put(x, a + 5 * q2, o2);
+    put(x, a + 6 * q2, e3);
+    put(x, a + 7 * q2, o3);
   }
-  const float u0r = x[a] + t2r, u0i = x[a + 1] + t2i;
-  const float u1r = x[a] - t2r, u1i = x[a + 1] - t2i;
-  const float u2r = t1r + t3r, u2i = t1i + t3i;
-  const float u3r = t1r - t3r, u3i = t1i - t3i;
-  x[a] = u0r + u2r;
-  x[a + 1] = u0i + u2i;
-  x[b] = u1r - u3i;  // u1 + i u3
-  x[b + 1] = u1i + u3r;
-  x[c] = u0r - u2r;
-  x[c + 1] = u0i - u2i;
-  x[d] = u1r + u3i;  // u1 - i u3
-  x[d + 1] = u1i - u3r;
 }
 
-// The inverse's stages: in every block of len points, butterfly j takes the
-// points j + m len / 4 and w_m = W_len^(m j); butterfly 0 multiplies by nothing
-// (that saved 7 % of the inverse's estimated cycles on the M33).
-void dit_stage(float* x, int len) {
-  const int q2 = len / 2;  // a quarter block, in floats
-  const Twiddles* tw = stage_twiddles(len);
+// The inverse's butterfly, decimation in time: t_m = x_m conj(w_m), then
+// X_r = sum_m t_m W8^(-r m), as the 4-point inverses E of the even t and O of
+// the odd ones: X_r = E_r + W8^-r O_r and X_(r+4) = E_r - W8^-r O_r.
+template <int q2, bool Tw>
+[[gnu::always_inline]] inline void dit8(float* x, int a, const Cpx* w) {
+  C t0 = at(x, a), t1 = at(x, a + q2), t2 = at(x, a + 2 * q2), t3 = at(x, a + 3 * q2);
+  C t4 = at(x, a + 4 * q2), t5 = at(x, a + 5 * q2), t6 = at(x, a + 6 * q2);
+  C t7 = at(x, a + 7 * q2);
+  if (Tw) {
+    t1 = times_conj(t1, w[0]), t2 = times_conj(t2, w[1]), t3 = times_conj(t3, w[2]);
+    t4 = times_conj(t4, w[3]), t5 = times_conj(t5, w[4]), t6 = times_conj(t6, w[5]);
+    t7 = times_conj(t7, w[6]);
+  }
+  idft4(t0, t2, t4, t6);
+  idft4(t1, t3, t5, t7);
+  t3 = {kHalfSqrt2 * (t3.r - t3.i), kHalfSqrt2 * (t3.r + t3.i)};   // W8^-1 = (1 + i) / sqrt 2
+  t5 = times_i(t5);                                                // W8^-2 = i
+  t7 = {-kHalfSqrt2 * (t7.r + t7.i), kHalfSqrt2 * (t7.r - t7.i)};  // W8^-3 = (i - 1) / sqrt 2
+  put(x, a, t0 + t1);
+  put(x, a + q2, t2 + t3);
+  put(x, a + 2 * q2, t4 + t5);
+  put(x, a + 3 * q2, t6 + t7);
+  put(x, a + 4 * q2, t0 - t1);
+  put(x, a + 5 * q2, t2 - t3);
+  put(x, a + 6 * q2, t4 - t5);
+  put(x, a + 7 * q2, t6 - t7);
+}
+
+// The passes: butterfly j of every block of len points takes the points
+// j + m len / 8 and W_len^(m j) as w_m; butterfly 0 has none to multiply by.
+template <int len>
+void dif8_pass(const float* src, float* x, const Twiddles* tw) {
   for (int base = 0; base < 2 * kN; base += 2 * len) {
-    dit_butterfly<false>(x, base, q2, tw[0]);
-    for (int j = 1; j < len / 4; ++j) dit_butterfly<true>(x, base + 2 * j, q2, tw[j]);
+    dif8<len / 4, false>(src, x, base, nullptr);
+    for (int j = 1; j < len / 8; ++j) dif8<len / 4, true>(src, x, base + 2 * j, tw[j].w);
+  }
+}
+template <int len>
+void dit8_pass(float* x, const Twiddles* tw) {
+  for (int base = 0; base < 2 * kN; base += 2 * len) {
+    dit8<len / 4, false>(x, base, nullptr);
+    for (int j = 1; j < len / 8; ++j) dit8<len / 4, true>(x, base + 2 * j, tw[j].w);
+  }
+}
+
+// The 4-point butterflies of the last forward pass and the first inverse one,
+// over 4 consecutive points: no twiddles.
+void dft4_pass(float* x) {
+  for (int a = 0; a < 2 * kN; a += 8) {
+    C v0 = at(x, a), v1 = at(x, a + 2), v2 = at(x, a + 4), v3 = at(x, a + 6);
+    dft4(v0, v1, v2, v3);
+    put(x, a, v0), put(x, a + 2, v1), put(x, a + 4, v2), put(x, a + 6, v3);
+  }
+}
+void idft4_pass(float* x) {
+  for (int a = 0; a < 2 * kN; a += 8) {
+    C v0 = at(x, a), v1 = at(x, a + 2), v2 = at(x, a + 4), v3 = at(x, a + 6);
+    idft4(v0, v1, v2, v3);
+    put(x, a, v0), put(x, a + 2, v1), put(x, a + 4, v2), put(x, a + 6, v3);
   }
 }
 
@@ -197,10 +227,9 @@ void dit_stage(float* x, int len) {
 
 void RealFft::forward(const float* time, float* re, float* im) {
   float* z = work_.data();
-  dif_stage(time, z, kN);
-  dif_stage(z, z, kN / 4);
-  dif_stage(z, z, kN / 16);
-  dif_last(z);
+  dif8_pass<kN>(time, z, &kTw[0]);
+  dif8_pass<kN / 8>(z, z, &kTw[kN / 8]);
+  dft4_pass(z);
   // Z = E + i O, where E and O are the spectra of the even and odd samples;
   // X[k] = E[k] + W^k O[k] and X[kN - k] = conj(E[k] - W^k O[k]), with
   // E[k] = (Z[k] + conj Z[kN - k]) / 2 and O[k] = (Z[k] - conj Z[kN - k]) / 2i.
@@ -238,7 +267,9 @@ void RealFft::inverse(const float* re, const float* im, float* time) {
     zm[0] = er + o_i;  // k = kN / 2 writes its one point twice, alike
     zm[1] = o_r - ei;
   }
-  for (int len = 4; len <= kN; len *= 4) dit_stage(time, len);
+  idft4_pass(time);
+  dit8_pass<kN / 8>(time, &kTw[kN / 8]);
+  dit8_pass<kN>(time, &kTw[0]);
 }
 
 }  // namespace denoise

@@ -11,7 +11,7 @@ namespace denoise {
 // forward: X[k] = sum_n x[n] e^(-2 pi i k n / kFft) for k = 0..kBins-1, in split storage.
 // inverse: kFft times the real signal whose spectrum is X (unscaled); the imaginary
 // parts of X[0] and X[kBins - 1] are ignored.
-// Both run a 256-point complex radix-4 FFT over the samples taken in pairs (even
+// Both run a 256-point complex FFT (radix 8, 8, 4) over the samples taken in pairs (even
 // ones as real parts, odd ones as imaginary parts) and one pass that splits its
 // result into the real signal's bins, or merges the bins before it. The twiddle
 // factors are constant tables worked out by the compiler, so both machines
