@@ -31,12 +31,13 @@ class Voice {
   void fill(int16_t* out, int n) {
     for (int i = 0; i < n; ++i, ++t_) {
       const float pulse = ((t_ % 38400) < 24000 && t_ % 384 == 0) ? 3000.0f : 0.0f;
-      const float a = 1.96f * a1_ - 0.97f * a2_ + pulse;  // near 500 Hz
-      const float b = 1.80f * b1_ - 0.94f * b2_ + pulse;  // near 1.8 kHz
+      const float a = 1.96f * a1_ - 0.97f * a2_ + pulse;  // near 760 Hz
+      const float b = 1.80f * b1_ - 0.94f * b2_ + pulse;  // near 2.9 kHz
       a2_ = a1_, a1_ = a, b2_ = b1_, b1_ = b;
       rng_ = rng_ * 1664525u + 1013904223u;
       const float noise = static_cast<float>(static_cast<int32_t>(rng_) >> 20);  // +-2048
-      out[i] = static_cast<int16_t>(0.5f * a + 0.3f * b + noise);
+      const float v = 0.5f * a + 0.3f * b + noise;  // peaks near 14,000
+      out[i] = static_cast<int16_t>((v < -32768.0f) ? -32768.0f : (v > 32767.0f) ? 32767.0f : v);
     }
   }
 
