@@ -5,7 +5,7 @@ set -eu
 packages="cmake ninja-build g++ googletest libbenchmark-dev
   gcc-arm-none-eabi libnewlib-arm-none-eabi libstdc++-arm-none-eabi-newlib qemu-system-arm
   binutils-arm-none-eabi clang-format clang-tidy pkgconf
-  libsndfile1-dev libkissfft-dev libpng-dev
+  libsndfile1-dev libpng-dev
   python3-dev pybind11-dev python3-numpy python3-scipy python3-pytest python3-matplotlib $*"
 missing=""
 for p in $packages; do

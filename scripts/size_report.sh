@@ -1,7 +1,8 @@
 #!/bin/sh
 # Size and stack report of the M33 library: .text/.data/.bss at -O2 and -Os,
 # the deepest stack frame of any exported function (-fstack-usage), and the
-# library check (no mutable data, no double-precision code). Prints Markdown.
+# library check (no mutable data, no double-precision code), and the memory of
+# one qel-denoise frame (scripts/m33_frame_cost.sh). Prints Markdown.
 set -eu
 cd "$(dirname "$0")/.."
 ./scripts/setup.sh >/dev/null
@@ -37,4 +38,6 @@ echo
 echo "### Library check"
 echo
 ./cmake/check_library.sh build/m33-size-O2/dsp/sdk/libqel.a arm-none-eabi-nm arm-none-eabi-objdump m33
+echo
+./scripts/m33_frame_cost.sh memory
 echo && ./scripts/line_count.sh

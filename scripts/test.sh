@@ -21,6 +21,7 @@ for preset in host m33; do
     ./build/host/python/pytest -q
   fi
 done
+echo "==== qel-denoise: the M33 build writes the host's bytes" && ./scripts/check_device_denoise.sh
 echo "==== m33 built for size (-Os): the general filter paths"
 cmake --preset m33-os >/dev/null
 cmake --build --preset m33-os

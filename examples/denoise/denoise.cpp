@@ -1,52 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The host's frame loop: kissfft for the transform, 16-bit or 24-bit PCM at the edges.
+// The frame loop of qel-denoise (host and device): 16-bit or 24-bit PCM at the edges.
 #include "denoise.h"
-
-#include <kiss_fftr.h>
 
 #include <chrono>
 #include <cmath>
 #include <memory>
 
+#include "fft.h"
+
 namespace denoise {
-namespace {
-
-class KissFft {
- public:
-  KissFft()
-      : fwd_(kiss_fftr_alloc(kFft, 0, nullptr, nullptr)),
-        inv_(kiss_fftr_alloc(kFft, 1, nullptr, nullptr)) {
-    if (!fwd_ || !inv_) throw Error("out of memory for the FFT");
-  }
-  ~KissFft() {
-    kiss_fftr_free(fwd_);
-    kiss_fftr_free(inv_);
-  }
-  KissFft(const KissFft&) = delete;
-  KissFft& operator=(const KissFft&) = delete;
-
-  Fft callbacks() { return Fft{&forward, &inverse, this}; }
-
- private:
-  static void forward(void* ctx, const float* time, float* re, float* im) {
-    auto* self = static_cast<KissFft*>(ctx);
-    kiss_fftr(self->fwd_, time, self->bins_);
-    for (int k = 0; k < kBins; ++k) {
-      re[k] = self->bins_[k].r;
-      im[k] = self->bins_[k].i;
-    }
-  }
-  static void inverse(void* ctx, const float* re, const float* im, float* time) {
-    auto* self = static_cast<KissFft*>(ctx);
-    for (int k = 0; k < kBins; ++k) self->bins_[k] = kiss_fft_cpx{re[k], im[k]};
-    kiss_fftri(self->inv_, self->bins_, time);
-  }
-
-  kiss_fftr_cfg fwd_, inv_;
-  kiss_fft_cpx bins_[kBins];
-};
-
-}  // namespace
 
 Result run(const Pcm& in, const Params& params, int spectrogram_columns,
            const std::function<void(double)>& progress) {
@@ -62,8 +24,8 @@ Result run(const Pcm& in, const Params& params, int spectrogram_columns,
            Spectrogram(frames, kBins, spectrogram_columns)};
 
   auto pipe = std::make_unique<Pipeline>(params);
-  KissFft kiss;
-  const Fft fft = kiss.callbacks();
+  auto transform = std::make_unique<RealFft>();
+  const Fft fft = transform->callbacks();
   std::vector<int16_t> in16, out16;
   std::vector<int32_t> in24, out24;
   if (in.bits == 16) {

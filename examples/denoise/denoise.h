@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A whole signal through the frame pipeline on the host, with kissfft as the FFT.
+// A whole signal through the frame pipeline, with the FFT of fft.h.
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 // File handling of qel-denoise: checked WAV input, all-or-nothing outputs.
+// Plain C stdio only, so the host and the Cortex-M33 (stdio through
+// semihosting) run the same code, write the same bytes and refuse with the
+// same messages.
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -33,25 +37,28 @@ Pcm read_wav(const std::string& path);
 // destructor removes an uncommitted temporary.
 class PendingFile {
  public:
-  explicit PendingFile(std::string path);  // throws Error when the directory is not writable
+  explicit PendingFile(std::string path);  // throws Error when it cannot be written
   ~PendingFile();
   PendingFile(const PendingFile&) = delete;
   PendingFile& operator=(const PendingFile&) = delete;
-  int fd() const { return fd_; }  // open for writing; closed by the writer or the destructor
-  void release_fd() { fd_ = -1; }
+  std::FILE* file() const { return f_; }  // open for writing until close()
+  void close();                           // throws Error when the data did not reach the file
   const std::string& path() const { return path_; }
   void commit();
 
  private:
+  [[noreturn]] void fail(const std::string& why) const;
   std::string path_, tmp_;
-  int fd_ = -1;
+  std::FILE* f_ = nullptr;
   bool committed_ = false;
 };
 
-// Writes mono 48 kHz PCM at its own bit depth into `out` (not yet committed).
+// Writes mono 48 kHz PCM at its own bit depth into `out` (not yet committed):
+// a 44-byte canonical header, then little-endian samples.
 void write_wav(PendingFile& out, const Pcm& pcm);
 
-// True when both paths name the same existing file (hard links and symlinks included).
+// True when both paths name the same existing file. The device sees no inodes:
+// there the paths are compared as text, "./" segments and repeated slashes aside.
 bool same_file(const std::string& a, const std::string& b);
 
 }  // namespace denoise

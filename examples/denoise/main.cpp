@@ -22,6 +22,8 @@ Reduces steady background noise in a mono 48 kHz WAV with the qel frame pipeline
 (48 -> 16 kHz FIR decimation, 512-point STFT with 50% overlap, minimum-statistics
 noise estimate, decision-directed Wiener gain, overlap-add, 16 -> 48 kHz FIR
 interpolation) and writes the result and a spectrogram PNG (input | output).
+The Cortex-M33 build (run under QEMU, its files through semihosting) takes the
+same command line, writes the same WAV bytes and no PNG.
 
 With no INPUT it processes the embedded default: a deterministic speech-like test
 signal in noise at 5 dB SNR. Its clean part is known, so the SNR is reported.
@@ -36,8 +38,9 @@ options:
                           for the embedded default); the PNG goes next to it, .png
   --seconds S             length of the embedded default in seconds (default 10)
   --write-input FILE      also write the embedded default's noisy input as a WAV
-  --m33-instructions N    library instructions per frame measured on the Cortex-M33
-                          (scripts/demo.sh measures it under QEMU) for the report
+  --m33-instructions N    instructions of one whole frame on the Cortex-M33 and
+  --m33-cycles C          its estimated cycles, for the report (scripts/demo.sh
+                          measures both under QEMU)
   --no-png                do not write the spectrogram
   -q, --quiet             no progress indication
   -h, --help              this text
@@ -46,8 +49,8 @@ options:
 struct Options {
   std::string input, output, write_input;
   double seconds = 10.0;
-  long long m33_instructions = -1;
-  bool png = true, quiet = false;
+  long long m33_instructions = -1, m33_cycles = -1;
+  bool png = QEL_DENOISE_PNG, quiet = false;
 };
 
 struct UsageError : Error {
@@ -77,12 +80,13 @@ Options parse(int argc, char** argv) {
       }
     } else if (a == "--write-input") {
       o.write_input = need_value(i, argc, argv);
-    } else if (a == "--m33-instructions") {
+    } else if (a == "--m33-instructions" || a == "--m33-cycles") {
       const std::string v = need_value(i, argc, argv);
       char* end = nullptr;
-      o.m33_instructions = std::strtoll(v.c_str(), &end, 10);
-      if (*end != '\0' || v.empty() || o.m33_instructions <= 0) {
-        throw UsageError("--m33-instructions wants a positive count, not '" + v + "'");
+      long long& n = (a == "--m33-cycles") ? o.m33_cycles : o.m33_instructions;
+      n = std::strtoll(v.c_str(), &end, 10);
+      if (*end != '\0' || v.empty() || n <= 0) {
+        throw UsageError(a + " wants a positive count, not '" + v + "'");
       }
     } else if (a == "--no-png") {
       o.png = false;
@@ -145,6 +149,34 @@ std::string with_commas(long long v) {
   return r;
 }
 
+// The report's lines on speed: this machine's real-time factor, and the cost
+// of one whole frame (FFT included) on the Cortex-M33 when it was measured.
+void report_cost(const Options& o, double rtf) {
+  if (QEL_DENOISE_DEVICE) {
+    std::printf("  real-time factor    not measured here: QEMU's clock is not the core's\n");
+  } else {
+    std::printf("  real-time factor    %.4f on this machine (%.0fx faster than real time)\n", rtf,
+                rtf > 0.0 ? 1.0 / rtf : 0.0);
+  }
+  if (o.m33_cycles > 0) {
+    const double budget = 150e6 * kHopIn / static_cast<double>(kInRate);
+    std::printf("  Cortex-M33 cost     %s estimated cycles per frame = %.1f%% of a 150 MHz core\n",
+                with_commas(o.m33_cycles).c_str(),
+                100.0 * static_cast<double>(o.m33_cycles) / budget);
+  }
+  if (o.m33_instructions > 0) {
+    std::printf("  %-20s%s instructions per frame (the whole frame, FFT included,\n",
+                o.m33_cycles > 0 ? "" : "Cortex-M33 cost", with_commas(o.m33_instructions).c_str());
+    std::printf(
+        "                      counted under QEMU; per stage: scripts/m33_frame_cost.sh)\n");
+  }
+  if (o.m33_cycles <= 0 && o.m33_instructions <= 0) {
+    std::printf(
+        "  Cortex-M33 cost     not measured (scripts/demo.sh measures it; or pass"
+        " --m33-cycles C --m33-instructions N)\n");
+  }
+}
+
 int run_cli(const Options& o) {
   TestSignal sig;
   Pcm in;
@@ -176,8 +208,8 @@ int run_cli(const Options& o) {
 
   const double seconds = static_cast<double>(in.size()) / kInRate;
   Progress progress(!o.quiet && seconds > 5.0, seconds);
-  constexpr int kColumns = 480;
-  Result r = run(in, Params{}, kColumns, [&](double f) { progress(f); });
+  const int columns = png ? 480 : 0;  // no picture, no spectrogram to gather
+  Result r = run(in, Params{}, columns, [&](double f) { progress(f); });
 
   write_wav(wav, r.out);
   if (png) write_png(*png, r.in_spec, r.out_spec, seconds, kRate / 2.0);
@@ -209,26 +241,12 @@ int run_cli(const Options& o) {
     std::printf("  SNR                 not reported: the clean signal of a file is unknown\n");
   }
   std::printf(
-      "  alignment           pipeline delay of %d samples (%.1f ms) removed: output %zu"
-      " samples = input %zu\n",
-      kDelay, 1000.0 * kDelay / kInRate, r.out.size(), in.size());
+      "  alignment           pipeline delay of %d samples (%.1f ms) removed: output %lld"
+      " samples = input %lld\n",  // newlib's printf has no %zu
+      kDelay, 1000.0 * kDelay / kInRate, static_cast<long long>(r.out.size()),
+      static_cast<long long>(in.size()));
   std::printf("  non-finite values   %lld\n", r.nonfinite);
-  const double rtf = r.seconds / seconds;
-  std::printf("  real-time factor    %.4f on this machine (%.0fx faster than real time)\n", rtf,
-              rtf > 0.0 ? 1.0 / rtf : 0.0);
-  if (o.m33_instructions > 0) {
-    const double budget = 150e6 * kHopIn / static_cast<double>(kInRate);
-    std::printf("  Cortex-M33 cost     %s instructions per frame = %.1f%% of a 150 MHz core\n",
-                with_commas(o.m33_instructions).c_str(),
-                100.0 * static_cast<double>(o.m33_instructions) / budget);
-    std::printf(
-        "                      (the frame's library calls, counted under QEMU; the FFT lies\n"
-        "                      outside the library and is excluded; one cycle per instruction)\n");
-  } else {
-    std::printf(
-        "  Cortex-M33 cost     not measured (scripts/demo.sh measures it; or pass"
-        " --m33-instructions N)\n");
-  }
+  report_cost(o, r.seconds / seconds);
   std::printf("  output              %s\n", out_path.c_str());
   if (png)
     std::printf("  spectrogram         %s (input left, output right, 0-8 kHz)\n", png_path.c_str());

@@ -2,7 +2,7 @@
 // The per-frame noise-reduction pipeline: every vector operation is a qel call.
 #include "pipeline.h"
 
-#include <cmath>
+#include "trig.h"
 
 namespace denoise {
 namespace {
@@ -14,15 +14,17 @@ constexpr float kCutoff = 6600.0f;  // rate-change low-pass: flat to ~5 kHz, -74
 
 // Windowed-sinc low-pass at 48 kHz with a Blackman window, scaled to a DC gain
 // of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
+// Sines and cosines come from trig.h, not the C library, here and for the
+// window: the host's and the device's libraries round them differently.
 void design_lowpass(float* h, float gain) {
   const float fc = 2.0f * kCutoff / static_cast<float>(kInRate);  // of the Nyquist rate
   const int mid = (kTaps - 1) / 2;
   float sum = 0.0f;
   for (int n = 0; n < kTaps; ++n) {
     const float t = static_cast<float>(n - mid);
-    const float sinc = (n == mid) ? fc : std::sin(kPi * fc * t) / (kPi * t);
-    const float phase = 2.0f * kPi * static_cast<float>(n) / static_cast<float>(kTaps - 1);
-    const float blackman = 0.42f - 0.5f * std::cos(phase) + 0.08f * std::cos(2.0f * phase);
+    const float sinc = (n == mid) ? fc : sin_turns(0.5f * fc * t) / (kPi * t);
+    const float turns = static_cast<float>(n) / static_cast<float>(kTaps - 1);
+    const float blackman = 0.42f - 0.5f * cos_turns(turns) + 0.08f * cos_turns(2.0f * turns);
     h[n] = sinc * blackman;
     sum += h[n];
   }
@@ -53,7 +55,7 @@ Pipeline::Pipeline(const Params& p) : p_(p) {
   for (int n = 0; n < kFft; ++n) {
     // Periodic sqrt-Hann: w[n]^2 + w[n + kHop]^2 = 1, so analysis and synthesis
     // with the same window reconstruct the signal exactly at 50% overlap.
-    window_[n] = std::sin(kPi * static_cast<float>(n) / static_cast<float>(kFft));
+    window_[n] = sin_turns(static_cast<float>(n) / static_cast<float>(2 * kFft));
   }
   // qel_fl_maa reads its window backwards from the pointer it is given, and the
   // periodic window is not symmetric: store it reversed so that, read back from

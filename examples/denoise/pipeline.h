@@ -3,15 +3,15 @@
 //
 // One frame is one hop of 768 samples at 48 kHz (16 ms):
 //   analyze:    16-bit -> float, FIR decimation 48 -> 16 kHz, sqrt-Hann analysis window
-//   (forward FFT, outside the library, 512 points -> 257 bins)
+//   (forward FFT, outside the library, 512 points -> 257 bins: fft.h)
 //   spectral:   per-bin power, noise estimate (minimum statistics), decision-directed
 //               Wiener gain with floors and clamps, gain applied to the spectrum
 //   (inverse FFT, outside the library)
 //   synthesize: sqrt-Hann synthesis window and overlap-add, FIR interpolation
 //               16 -> 48 kHz, float -> 16-bit
-// The same code runs on the host (qel-denoise) and on the Cortex-M33 (the frame-cost
-// program), which is why the FFT is injected and every buffer is fixed-size here:
-// a frame neither allocates nor calls anything but qel and the FFT callbacks.
+// The same code runs in qel-denoise on the host and on the Cortex-M33, and in the
+// M33 frame-cost program; every buffer is fixed-size here: a frame neither
+// allocates nor calls anything but qel and the FFT callbacks.
 #pragma once
 
 #include <array>
@@ -64,7 +64,7 @@ class Pipeline {
   void process(const int16_t* in, int16_t* out, const Fft& fft);
 
   // The stages of process(), for callers that convert PCM themselves (24-bit)
-  // and for the M33 cost program, which counts them without the FFT.
+  // and for the M33 cost program, which counts them apart from the FFT.
   void analyze(const float* in);  // kHopIn floats at 48 kHz -> time_frame()
   void analyze_pcm16(const int16_t* in);
   void spectral();              // spectrum() -> gain -> out_spectrum()

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Spectrogram columns and their rendering to an indexed-colour PNG with libpng.
+// Spectrogram columns and their rendering to an indexed-colour PNG with libpng
+// (host builds only: the device has no libpng).
 #include "spectrogram.h"
 
+#if QEL_DENOISE_PNG
 #include <png.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -36,6 +39,7 @@ double Spectrogram::at(int column, int bin) const {
   return sum_[static_cast<size_t>(c) * static_cast<size_t>(bins_) + static_cast<size_t>(bin)] / n;
 }
 
+#if QEL_DENOISE_PNG
 namespace {
 
 // Palette: kRamp colours from black through purple and orange to pale yellow
@@ -194,14 +198,11 @@ void write_png(PendingFile& out, const Spectrogram& in, const Spectrogram& outp,
   const std::string range = std::to_string(-static_cast<int>(kRangeDb)) + " TO 0 DB";
   cv.text(cv.width() - right - text_width(range), top + h + 8 + kTextHeight + 4, range);
 
-  FILE* f = fdopen(out.fd(), "wb");
-  if (!f) throw Error("cannot write output '" + out.path() + "': " + std::strerror(errno));
-  out.release_fd();
+  FILE* f = out.file();
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png ? png_create_info_struct(png) : nullptr;
   if (!png || !info || setjmp(png_jmpbuf(png))) {
     png_destroy_write_struct(&png, &info);
-    std::fclose(f);
     throw Error("cannot write output '" + out.path() + "': PNG encoding failed");
   }
   png_init_io(png, f);
@@ -215,9 +216,15 @@ void write_png(PendingFile& out, const Spectrogram& in, const Spectrogram& outp,
   for (int y = 0; y < cv.height(); ++y) png_write_row(png, cv.row(y));
   png_write_end(png, info);
   png_destroy_write_struct(&png, &info);
-  if (std::fclose(f) != 0) {
-    throw Error("cannot write output '" + out.path() + "': " + std::strerror(errno));
-  }
+  out.close();
 }
+
+#else
+
+void write_png(PendingFile& out, const Spectrogram&, const Spectrogram&, double, double) {
+  throw Error("cannot write output '" + out.path() + "': this build writes no PNG");
+}
+
+#endif  // QEL_DENOISE_PNG
 
 }  // namespace denoise
