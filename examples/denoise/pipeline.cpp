@@ -12,23 +12,6 @@ constexpr float kTiny = 1e-12f;  // keeps ratios finite in digital silence
 constexpr int kSettleFrames = 8;
 constexpr float kCutoff = 6600.0f;  // rate-change low-pass: flat to ~5 kHz, -74 dB at 8 kHz
 
-// Windowed-sinc low-pass at 48 kHz with a Blackman window, scaled to a DC gain
-// of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
-void design_lowpass(float* h, float gain) {
-  const float fc = 2.0f * kCutoff / static_cast<float>(kInRate);  // of the Nyquist rate
-  const int mid = (kTaps - 1) / 2;
-  float sum = 0.0f;
-  for (int n = 0; n < kTaps; ++n) {
-    const float t = static_cast<float>(n - mid);
-    const float sinc = (n == mid) ? fc : std::sin(kPi * fc * t) / (kPi * t);
-    const float phase = 2.0f * kPi * static_cast<float>(n) / static_cast<float>(kTaps - 1);
-    const float blackman = 0.42f - 0.5f * std::cos(phase) + 0.08f * std::cos(2.0f * phase);
-    h[n] = sinc * blackman;
-    sum += h[n];
-  }
-  for (int n = 0; n < kTaps; ++n) h[n] *= gain / sum;
-}
-
 qel_flt_vec half(std::array<float, kFft>& a, int which) {
   qel_flt_vec whole{kFft, a.data()};
   qel_flt_vec v;
@@ -44,6 +27,21 @@ void slide(std::array<float, kFft>& a) {
 }
 
 }  // namespace
+
+void design_lowpass(float* h, float gain) {
+  const float fc = 2.0f * kCutoff / static_cast<float>(kInRate);  // of the Nyquist rate
+  const int mid = (kTaps - 1) / 2;
+  float sum = 0.0f;
+  for (int n = 0; n < kTaps; ++n) {
+    const float t = static_cast<float>(n - mid);
+    const float sinc = (n == mid) ? fc : std::sin(kPi * fc * t) / (kPi * t);
+    const float phase = 2.0f * kPi * static_cast<float>(n) / static_cast<float>(kTaps - 1);
+    const float blackman = 0.42f - 0.5f * std::cos(phase) + 0.08f * std::cos(2.0f * phase);
+    h[n] = sinc * blackman;
+    sum += h[n];
+  }
+  for (int n = 0; n < kTaps; ++n) h[n] *= gain / sum;
+}
 
 Pipeline::Pipeline(const Params& p) : p_(p) {
   design_lowpass(dec_coeffs_.data(), 1.0f);

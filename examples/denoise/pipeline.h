@@ -43,6 +43,10 @@ struct Fft {
   void* ctx;
 };
 
+// The rate-change low-pass (kTaps at 48 kHz, Blackman-windowed sinc) scaled to a
+// DC gain of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
+void design_lowpass(float* h, float gain);
+
 struct Params {
   float smoothing = 0.7f;      // recursive smoothing of the power before the minimum search
   int window_frames = 40;      // minimum-statistics sub-window (0.64 s); two are searched
