@@ -1,7 +1,7 @@
 #!/bin/sh
 # Evaluates qel-denoise against the noisy input and Debian's speexdsp preprocessor
 # on espeak-ng speech in white, pink, brown and babble noise at 5 and 0 dB SNR, and
-# prints the table. Not part of the tests: it takes a few minutes.
+# prints the table. Not part of the tests: it takes a minute or two.
 # Options go to examples/denoise/eval/eval_denoise.py (--jobs N, --work DIR).
 set -eu
 cd "$(dirname "$0")/.."

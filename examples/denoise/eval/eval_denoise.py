@@ -184,6 +184,10 @@ def main():
     for name, row in rows.items():
         print(fmt.format(name, *row))
     print("-" * len(hdr.splitlines()[0]))
+    for kind in NOISES:
+        for snr in SNRS:
+            group = [row for name, row in rows.items() if name.endswith(f"-{kind}-{snr}dB")]
+            print(fmt.format(f"{kind} {snr} dB, mean of {len(group)}", *np.mean(group, axis=0)))
     mean = np.mean(np.array(list(rows.values())), axis=0)
     print(fmt.format(f"mean of {len(rows)} conditions", *mean))
     print("(dSNR, dSeg: gain in SNR and segmental SNR over the noisy input, dB; LSD: log-spectral"
