@@ -10,6 +10,7 @@
 #include <string>
 
 #include "denoise.h"
+#include "quality.h"
 #include "testsignal.h"
 
 namespace {
@@ -19,14 +20,16 @@ using namespace denoise;
 constexpr const char* kUsage = R"(usage: qel-denoise [options] [INPUT.wav]
 
 Reduces steady background noise in a mono 48 kHz WAV with the qel frame pipeline
-(48 -> 16 kHz FIR decimation, 512-point STFT with 50% overlap, minimum-statistics
-noise estimate, decision-directed Wiener gain, overlap-add, 16 -> 48 kHz FIR
-interpolation) and writes the result and a spectrogram PNG (input | output).
+(48 -> 16 kHz FIR decimation, 512-point STFT with 50% overlap, speech-presence-
+weighted noise estimate, decision-directed Wiener gain with onset protection,
+overlap-add, 16 -> 48 kHz FIR interpolation) and writes the result and a
+spectrogram PNG (input | output).
 The Cortex-M33 build (run under QEMU, its files through semihosting) takes the
 same command line, writes the same WAV bytes and no PNG.
 
 With no INPUT it processes the embedded default: a deterministic speech-like test
-signal in noise at 5 dB SNR. Its clean part is known, so the SNR is reported.
+signal in noise at 5 dB SNR. Its clean part is known, so the SNR, an
+intelligibility score and the log-spectral distance are reported.
 
 INPUT must be a mono 48000 Hz WAV of 16-bit PCM, or of 24-bit PCM, which is
 converted through the library's 24-bit path (qel_vec_normalize24) and written
@@ -237,6 +240,12 @@ int run_cli(const Options& o) {
     std::printf(
         "  output SNR          %.1f dB  (%+.1f dB; resampling alone, gain held at 1: %+.1f dB)\n",
         snr_out, snr_out - snr_in, snr_band - snr_in);
+    const Quality q_in = measure(sig.clean, to_double(sig.noisy), kInRate);
+    const Quality q_out = measure(sig.clean, to_double(r.out.s16), kInRate);
+    std::printf("  intelligibility     %.3f in, %.3f out  (STOI-style score from 0 to 1)\n",
+                q_in.stoi, q_out.stoi);
+    std::printf("  log-spectral dist.  %.1f dB in, %.1f dB out  (to the clean signal, 0-8 kHz)\n",
+                q_in.lsd_db, q_out.lsd_db);
   } else {
     std::printf("  SNR                 not reported: the clean signal of a file is unknown\n");
   }

@@ -12,6 +12,54 @@ constexpr float kTiny = 1e-12f;  // keeps ratios finite in digital silence
 constexpr int kSettleFrames = 8;
 constexpr float kCutoff = 6600.0f;  // rate-change low-pass: flat to ~5 kHz, -74 dB at 8 kHz
 
+qel_flt_vec half(std::array<float, kFft>& a, int which) {
+  qel_flt_vec whole{kFft, a.data()};
+  qel_flt_vec v;
+  qel_flt_vec_get_subvec(&whole, which * kHop, which * kHop + kHop - 1, &v);
+  return v;
+}
+
+// a[0..kHop) = a[kHop..kFft): the buffer slides by one hop.
+void slide(std::array<float, kFft>& a) {
+  const qel_flt_vec upper = half(a, 1);
+  qel_flt_vec lower = half(a, 0);
+  qel_flt_vec_copy(&upper, &lower);
+}
+
+qel_flt_vec bins(std::array<float, kBins>& a, int first, int last) {
+  qel_flt_vec whole{kBins, a.data()};
+  qel_flt_vec v;
+  qel_flt_vec_get_subvec(&whole, first, last, &v);
+  return v;
+}
+
+// out[k] = x[k-1]/4 + x[k]/2 + x[k+1]/4, the missing neighbour at either end
+// replaced by the bin itself. out must not be x.
+void smooth3(std::array<float, kBins>& x, std::array<float, kBins>& out) {
+  qel_flt_vec all = bins(x, 0, kBins - 1), o = bins(out, 0, kBins - 1);
+  qel_flt_vec_scale2(&all, 0.5f, &o);
+  qel_flt_vec o_hi = bins(out, 1, kBins - 1), o_lo = bins(out, 0, kBins - 2);
+  const qel_flt_vec x_lo = bins(x, 0, kBins - 2), x_hi = bins(x, 1, kBins - 1);
+  qel_flt_vec_pairwise_bias(&o_hi, &x_lo, 0.25f);
+  qel_flt_vec_pairwise_bias(&o_lo, &x_hi, 0.25f);
+  out[0] += 0.25f * x[0];
+  out[kBins - 1] += 0.25f * x[kBins - 1];
+}
+
+// x[k] = median(x[k-1], x[k], x[k+1]) = max(min(a, b), min(max(a, b), c)) for
+// the inner bins; lo and hi are scratch.
+void median3(std::array<float, kBins>& x, std::array<float, kBins>& lo,
+             std::array<float, kBins>& hi) {
+  const qel_flt_vec a = bins(x, 0, kBins - 3), b = bins(x, 1, kBins - 2), c = bins(x, 2, kBins - 1);
+  qel_flt_vec l = bins(lo, 0, kBins - 3), h = bins(hi, 0, kBins - 3), out = bins(x, 1, kBins - 2);
+  qel_flt_vec_min(&a, &b, &l);
+  qel_flt_vec_max(&a, &b, &h);
+  qel_flt_vec_min(&h, &c, &h);
+  qel_flt_vec_max(&l, &h, &out);
+}
+
+}  // namespace
+
 // Windowed-sinc low-pass at 48 kHz with a Blackman window, scaled to a DC gain
 // of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
 // Sines and cosines come from trig.h, not the C library, here and for the
@@ -30,22 +78,6 @@ void design_lowpass(float* h, float gain) {
   }
   for (int n = 0; n < kTaps; ++n) h[n] *= gain / sum;
 }
-
-qel_flt_vec half(std::array<float, kFft>& a, int which) {
-  qel_flt_vec whole{kFft, a.data()};
-  qel_flt_vec v;
-  qel_flt_vec_get_subvec(&whole, which * kHop, which * kHop + kHop - 1, &v);
-  return v;
-}
-
-// a[0..kHop) = a[kHop..kFft): the buffer slides by one hop.
-void slide(std::array<float, kFft>& a) {
-  const qel_flt_vec upper = half(a, 1);
-  qel_flt_vec lower = half(a, 0);
-  qel_flt_vec_copy(&upper, &lower);
-}
-
-}  // namespace
 
 Pipeline::Pipeline(const Params& p) : p_(p) {
   design_lowpass(dec_coeffs_.data(), 1.0f);
@@ -78,27 +110,49 @@ void Pipeline::analyze_pcm16(const int16_t* in) {
   analyze(in_.data());
 }
 
-// Minimum statistics: the noise power in a bin is the minimum of its smoothed
-// power over the last one to two sub-windows, times a bias correction. Speech
-// pauses and the gaps between harmonics let the minimum reach the noise floor.
+// Speech-presence-weighted noise tracking. The power, smoothed over three bins
+// and in time, is compared with its minimum over the last one to two
+// sub-windows: well above it, speech is likely. The speech presence p (smoothed
+// in time) slows the noise update, N += (1 - a)(1 - p)(|X|^2 - N), so the noise
+// follows the power in pauses and between harmonics and holds during speech.
 void Pipeline::track_noise() {
   qel_flt_vec pw = view(pow_), sm = view(smooth_), now = view(min_now_), prev = view(min_prev_),
-              noise = view(noise_);
+              noise = view(noise_), p = view(presence_), tmp = view(tmp_), tmp2 = view(tmp2_),
+              zeros = view(zeros_), pw3 = view(pow3_);
+  smooth3(pow_, pow3_);
   if (frames_ == 0) {
-    qel_flt_vec_copy(&pw, &sm);
+    qel_flt_vec_copy(&pw3, &sm);
   } else {
     qel_flt_vec_scale(&sm, p_.smoothing);
-    qel_flt_vec_pairwise_bias(&sm, &pw, 1.0f - p_.smoothing);
+    qel_flt_vec_pairwise_bias(&sm, &pw3, 1.0f - p_.smoothing);
   }
   if (frames_ < kSettleFrames) {
     // Until the smoothing has settled (and the analysis buffer has filled), a
     // minimum would catch the start-up transient: take the smoothed power as it is.
     qel_flt_vec_copy(&sm, &now);
     qel_flt_vec_copy(&sm, &prev);
+    qel_flt_vec_copy(&sm, &noise);
   }
   qel_flt_vec_min(&now, &sm, &now);
-  qel_flt_vec_min(&now, &prev, &noise);
-  qel_flt_vec_scale(&noise, p_.noise_bias);
+  qel_flt_vec_min(&now, &prev, &tmp);
+
+  // Presence indicator: the ratio to the minimum mapped linearly from 0 at
+  // presence_low to 1 at presence_high, then smoothed in time.
+  qel_flt_vec_ratio_flt(&sm, &tmp, kTiny, &tmp2);
+  qel_flt_vec_subtract_max(&tmp2, p_.presence_low, &tmp2, 0.0f);
+  qel_flt_vec_scale(&tmp2, 1.0f / (p_.presence_high - p_.presence_low));
+  qel_flt_vec_smooth(&tmp2, &zeros, 1.0f);  // slope 0: a clamp at 1
+  qel_flt_vec_scale(&p, p_.presence_smoothing);
+  qel_flt_vec_pairwise_bias(&p, &tmp2, 1.0f - p_.presence_smoothing);
+
+  if (frames_ >= kSettleFrames) {
+    const float step = 1.0f - p_.noise_smoothing;
+    qel_flt_vec_scale2(&p, -step, &tmp);  // (1 - a)(1 - p)
+    qel_flt_vec_add_flt(&tmp, step);
+    qel_flt_vec_subtract(&pw, &noise, &tmp2);
+    qel_flt_vec_pairwise_scale(&tmp2, &tmp);
+    qel_flt_vec_add(&noise, &tmp2, &noise);
+  }
   ++frames_;
   if (frames_ % p_.window_frames == 0) {
     qel_flt_vec_copy(&now, &prev);
@@ -106,20 +160,41 @@ void Pipeline::track_noise() {
   }
 }
 
-// Decision-directed Wiener gain: the a priori SNR xi blends last frame's clean
-// power estimate with this frame's excess of power over the noise; G = xi / (1 + xi).
+// Decision-directed a priori SNR xi: last frame's clean power estimate blended
+// with this frame's excess of power over the noise, and raised to part of that
+// excess where it jumps: the blend alone lags a frame or two behind an onset
+// and clips the start of every syllable. Wiener gain G = xi / (1 + xi), bounded
+// below by a floor that rises with speech presence. Where speech is absent the
+// gain is replaced by its median over three bins, so an isolated bin of noise
+// that crossed the threshold does not ring on its own (musical noise); where
+// speech is present the gain is kept, harmonics included.
 void Pipeline::compute_gain() {
   qel_flt_vec pw = view(pow_), noise = view(noise_), gamma = view(gamma_), xi = view(xi_),
-              gain = view(gain_), clean = view(clean_), tmp = view(tmp_), zeros = view(zeros_);
-  qel_flt_vec_ratio_flt(&pw, &noise, kTiny, &gamma);     // posterior SNR
+              gain = view(gain_), median = view(median_), clean = view(clean_), tmp = view(tmp_),
+              tmp2 = view(tmp2_), zeros = view(zeros_), p = view(presence_);
+  qel_flt_vec_scale2(&noise, p_.noise_overestimate, &tmp2);
+  qel_flt_vec_ratio_flt(&pw, &tmp2, kTiny, &gamma);      // posterior SNR
   qel_flt_vec_smooth(&gamma, &zeros, p_.gamma_ceiling);  // slope 0: a clamp
-  qel_flt_vec_subtract_max(&gamma, 1.0f, &tmp, 0.0f);    // max(gamma - 1, 0)
-  qel_flt_vec_scale(&tmp, 1.0f - p_.dd_alpha);
-  qel_flt_vec_ratio_flt(&clean, &noise, kTiny, &xi);  // last frame's clean SNR
+  qel_flt_vec_subtract_max(&gamma, 1.0f, &gamma, 0.0f);  // max(gamma - 1, 0)
+  qel_flt_vec_ratio_flt(&clean, &tmp2, kTiny, &xi);      // last frame's clean SNR
+  qel_flt_vec_scale2(&gamma, 1.0f - p_.dd_alpha, &tmp);
   qel_flt_vec_scale_add(&xi, p_.dd_alpha, &tmp);
+  qel_flt_vec_scale(&gamma, p_.onset_weight);
+  qel_flt_vec_max(&xi, &gamma, &xi);
   qel_fl_max(xi.data, xi.data, p_.xi_floor, kBins);
   qel_flt_vec_ratio_flt(&xi, &xi, 1.0f, &gain);  // xi / (1 + xi)
-  qel_flt_vec_max_value(&gain, p_.gain_floor, &gain);
+  qel_flt_vec_scale2(&p, p_.gain_floor_speech - p_.gain_floor, &tmp);
+  qel_flt_vec_add_flt(&tmp, p_.gain_floor);
+  qel_flt_vec_max(&gain, &tmp, &gain);
+  qel_flt_vec_copy(&gain, &median);  // G = median + p (G - median)
+  median3(median_, tmp_, tmp2_);
+  qel_flt_vec_subtract(&gain, &median, &tmp);
+  qel_flt_vec_pairwise_scale(&tmp, &p);
+  qel_flt_vec_add(&median, &tmp, &gain);
+  // Nothing of speech lies below ~90 Hz, and rumble there would leak into the
+  // lowest harmonics' bins through the window: those bins stay at the floor.
+  qel_flt_vec low = bins(gain_, 0, p_.low_cut_bins - 1);
+  qel_flt_vec_set(&low, p_.gain_floor);
   if (p_.bypass) qel_flt_vec_set(&gain, 1.0f);
   qel_flt_vec_dot_product(&gain, &gain, &clean);  // clean power: G^2 |X|^2
   qel_flt_vec_dot_product(&clean, &pw, &clean);

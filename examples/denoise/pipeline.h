@@ -4,8 +4,10 @@
 // One frame is one hop of 768 samples at 48 kHz (16 ms):
 //   analyze:    16-bit -> float, FIR decimation 48 -> 16 kHz, sqrt-Hann analysis window
 //   (forward FFT, outside the library, 512 points -> 257 bins: fft.h)
-//   spectral:   per-bin power, noise estimate (minimum statistics), decision-directed
-//               Wiener gain with floors and clamps, gain applied to the spectrum
+//   spectral:   per-bin power, speech presence and the noise it lets through
+//               (against minimum statistics), decision-directed Wiener gain with
+//               onset protection, a floor by speech presence and a median where
+//               speech is absent, gain applied to the spectrum
 //   (inverse FFT, outside the library)
 //   synthesize: sqrt-Hann synthesis window and overlap-add, FIR interpolation
 //               16 -> 48 kHz, float -> 16-bit
@@ -43,15 +45,28 @@ struct Fft {
   void* ctx;
 };
 
+// The rate-change low-pass (kTaps at 48 kHz, Blackman-windowed sinc) scaled to a
+// DC gain of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
+void design_lowpass(float* h, float gain);
+
 struct Params {
-  float smoothing = 0.7f;      // recursive smoothing of the power before the minimum search
-  int window_frames = 40;      // minimum-statistics sub-window (0.64 s); two are searched
-  float noise_bias = 2.0f;     // a minimum underestimates the mean noise power
-  float dd_alpha = 0.98f;      // decision-directed weight of the previous frame's estimate
-  float xi_floor = 0.0025f;    // a priori SNR floor (-26 dB)
-  float gamma_ceiling = 1e4f;  // posterior SNR clamp (+40 dB)
-  float gain_floor = 0.05f;    // -26 dB: keeps a trace of noise, masks musical artefacts
-  bool bypass = false;         // gain held at 1: only the resampling and the STFT act
+  // Noise tracker: the noise power follows the power wherever speech is unlikely.
+  float smoothing = 0.7f;           // time smoothing of the power before the minimum search
+  int window_frames = 40;           // minimum-search sub-window (0.64 s); two are searched
+  float presence_low = 1.5f;        // smoothed power over its minimum: below, no speech;
+  float presence_high = 4.0f;       // above, speech; in between, the presence rises linearly
+  float presence_smoothing = 0.2f;  // weight of the previous frame's speech presence
+  float noise_smoothing = 0.97f;    // noise update weight of the old estimate, speech absent
+  float noise_overestimate = 1.2f;  // noise power taken times this in the gain
+  // Gain: decision-directed a priori SNR, Wiener gain, lower bound by speech presence.
+  float dd_alpha = 0.98f;          // decision-directed weight of the previous frame's estimate
+  float onset_weight = 0.4f;       // a priori SNR at least this times (gamma - 1): onsets
+  float xi_floor = 0.0025f;        // a priori SNR floor (-26 dB)
+  float gamma_ceiling = 1e4f;      // posterior SNR clamp (+40 dB)
+  float gain_floor = 0.05f;        // -26 dB where speech is absent
+  float gain_floor_speech = 0.2f;  // -14 dB where it is present: keeps weak speech whole
+  int low_cut_bins = 3;            // bins from DC held at the floor (below 94 Hz), 1 or more
+  bool bypass = false;             // gain held at 1: only the resampling and the STFT act
 };
 
 class Pipeline {
@@ -102,8 +117,8 @@ class Pipeline {
   std::array<float, kBins> re_{}, im_{}, out_re_{}, out_im_{};
   qel_cpx_vec spec_{kBins, re_.data(), im_.data()};
   qel_cpx_vec out_spec_{kBins, out_re_.data(), out_im_.data()};
-  Bins pow_{}, smooth_{}, min_now_{}, min_prev_{}, noise_{};
-  Bins gamma_{}, xi_{}, gain_{}, clean_{}, tmp_{}, zeros_{};
+  Bins pow_{}, pow3_{}, smooth_{}, min_now_{}, min_prev_{}, noise_{}, presence_{};
+  Bins gamma_{}, xi_{}, gain_{}, median_{}, clean_{}, tmp_{}, tmp2_{}, zeros_{};
   int frames_ = 0;
 };
 
