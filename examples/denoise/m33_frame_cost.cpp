@@ -94,8 +94,8 @@ int main() {
   qel_mark_begin();
   pipe.synthesize_pcm16(out);
   qel_mark_end();
+  std::printf("stage\tanalyze: 16-bit to float, decimate 48->16 kHz (%d taps), window\n", kTaps);
   for (const char* stage : {
-           "analyze: 16-bit to float, decimate 48->16 kHz (97 taps), window",
            "FFT: forward, 512-point real (fft.cpp)",
            "spectral: power, noise estimate, gain, apply (257 bins)",
            "FFT: inverse, 512-point real (fft.cpp)",

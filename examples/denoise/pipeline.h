@@ -6,8 +6,8 @@
 //   (forward FFT, outside the library, 512 points -> 257 bins: fft.h)
 //   spectral:   per-bin power, speech presence and the noise it lets through
 //               (against minimum statistics), decision-directed Wiener gain with
-//               onset protection, a floor by speech presence and a median where
-//               speech is absent, gain applied to the spectrum
+//               onset protection, a floor by speech presence, isolated peaks
+//               clipped where speech is absent, gain applied to the spectrum
 //   (inverse FFT, outside the library)
 //   synthesize: sqrt-Hann synthesis window and overlap-add, FIR interpolation
 //               16 -> 48 kHz, float -> 16-bit
@@ -30,7 +30,7 @@ inline constexpr int kFft = 512;
 inline constexpr int kBins = kFft / 2 + 1;
 inline constexpr int kHop = kFft / 2;          // 50% overlap, at 16 kHz
 inline constexpr int kHopIn = kHop * kFactor;  // one frame at 48 kHz
-inline constexpr int kTaps = 97;               // both rate-change filters, odd: integer delay
+inline constexpr int kTaps = 65;               // both rate-change filters, odd: integer delay
 
 // Samples of delay from input to output at 48 kHz: the overlap-add emits a hop
 // one hop late, and each linear-phase filter delays by (kTaps - 1) / 2.
@@ -45,7 +45,7 @@ struct Fft {
   void* ctx;
 };
 
-// The rate-change low-pass (kTaps at 48 kHz, Blackman-windowed sinc) scaled to a
+// The rate-change low-pass (kTaps at 48 kHz, Kaiser-windowed sinc) scaled to a
 // DC gain of `gain`. Symmetric, so the time-reversed order the FIR calls want is the same.
 void design_lowpass(float* h, float gain);
 
@@ -62,7 +62,6 @@ struct Params {
   float dd_alpha = 0.98f;          // decision-directed weight of the previous frame's estimate
   float onset_weight = 0.4f;       // a priori SNR at least this times (gamma - 1): onsets
   float xi_floor = 0.0025f;        // a priori SNR floor (-26 dB)
-  float gamma_ceiling = 1e4f;      // posterior SNR clamp (+40 dB)
   float gain_floor = 0.05f;        // -26 dB where speech is absent
   float gain_floor_speech = 0.2f;  // -14 dB where it is present: keeps weak speech whole
   int low_cut_bins = 3;            // bins from DC held at the floor (below 94 Hz), 1 or more
@@ -118,7 +117,8 @@ class Pipeline {
   qel_cpx_vec spec_{kBins, re_.data(), im_.data()};
   qel_cpx_vec out_spec_{kBins, out_re_.data(), out_im_.data()};
   Bins pow_{}, pow3_{}, smooth_{}, min_now_{}, min_prev_{}, noise_{}, presence_{};
-  Bins gamma_{}, xi_{}, gain_{}, median_{}, clean_{}, tmp_{}, tmp2_{}, zeros_{};
+  Bins gamma_{}, xi_{}, gain_{}, peaks_{}, clean_{}, tmp_{}, tmp2_{}, zeros_{};
+  Bins inv_over_{};  // 1 / noise_overestimate in every bin
   int frames_ = 0;
 };
 
