@@ -13,8 +13,10 @@ trap 'rm -rf "$tmp"' EXIT
 
 # Inputs: the embedded default's noisy signal at 16 bits; the same at 24 bits
 # with the low byte filled, so every bit of the 24-bit path counts; a WAV at
-# 44.1 kHz and a file that is not a WAV for the refusals.
+# 44.1 kHz and a file that is not a WAV for the refusals. And a long recording,
+# 90 s: the device streams a file through frame by frame, it could not hold it whole.
 "$host" --seconds 2 --no-png -q --write-input "$tmp/in16.wav" -o "$tmp/unused.wav" >/dev/null
+"$host" --seconds 90 --no-png -q --write-input "$tmp/long16.wav" -o "$tmp/unused.wav" >/dev/null
 python3 - "$tmp" <<'PY'
 import sys, wave
 d = sys.argv[1]
@@ -72,6 +74,7 @@ run() {
 run embedded 2 --seconds 2
 run wav16 2 "$tmp/in16.wav"
 run wav24 3 "$tmp/in24.wav"
+run long16 2 "$tmp/long16.wav"
 # The outputs keep the inputs' format and length: their 44-byte headers match
 # the inputs' (in24.wav comes from Python's wave module, not from our writer).
 for w in 16 24; do

@@ -26,9 +26,31 @@ struct Pcm {
   size_t size() const { return bits == 16 ? s16.size() : s24.size(); }
 };
 
-// Reads a WAV file, refusing with an Error anything but mono 48 kHz 16- or
-// 24-bit PCM: a missing, empty, non-audio or non-WAV file, other channel
-// counts, sample rates or sample formats (float included), no samples.
+// A WAV input read in blocks, so a long recording needs no more memory than a
+// short one. The constructor reads and checks the header, refusing with an
+// Error anything but mono 48 kHz 16- or 24-bit PCM: a missing, empty, non-audio
+// or non-WAV file, other channel counts, sample rates or sample formats (float
+// included), no samples.
+class WavReader {
+ public:
+  explicit WavReader(const std::string& path);
+  ~WavReader();
+  WavReader(const WavReader&) = delete;
+  WavReader& operator=(const WavReader&) = delete;
+  int bits() const { return bits_; }
+  size_t size() const { return size_; }  // samples in the file (a truncated one: what is there)
+  // The next samples, up to n: into s16 at 16 bits, into s24 (sign-extended)
+  // at 24 bits; the other pointer is not used. Returns how many; 0 at the end.
+  size_t read(int16_t* s16, int32_t* s24, size_t n);
+
+ private:
+  std::FILE* f_ = nullptr;
+  std::string name_;
+  int bits_ = 16;
+  size_t size_ = 0, left_ = 0;
+};
+
+// All samples of a WAV file, checked as WavReader checks them.
 Pcm read_wav(const std::string& path);
 
 // An output file that appears under its name only when commit() is called: it
@@ -53,8 +75,13 @@ class PendingFile {
   bool committed_ = false;
 };
 
-// Writes mono 48 kHz PCM at its own bit depth into `out` (not yet committed):
-// a 44-byte canonical header, then little-endian samples.
+// Mono 48 kHz PCM into `out` (not yet committed): a 44-byte canonical header
+// for `samples` samples of `bits` bits, then the samples, little-endian, in
+// as many calls as the caller likes (s16 at 16 bits, s24 at 24).
+void write_wav_header(PendingFile& out, int bits, size_t samples);
+void write_samples(PendingFile& out, int bits, const int16_t* s16, const int32_t* s24, size_t n);
+
+// The header and all of `pcm`, then closes `out`.
 void write_wav(PendingFile& out, const Pcm& pcm);
 
 // True when both paths name the same existing file. The device sees no inodes:

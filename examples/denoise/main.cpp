@@ -182,15 +182,18 @@ void report_cost(const Options& o, double rtf) {
 
 int run_cli(const Options& o) {
   TestSignal sig;
-  Pcm in;
+  Pcm in;  // the embedded default; a file is read as it is processed
+  std::unique_ptr<WavReader> file;
   const bool embedded = o.input.empty();
   if (embedded) {
     sig = make_test_signal(o.seconds);
     in.bits = 16;
     in.s16 = sig.noisy;
   } else {
-    in = read_wav(o.input);
+    file = std::make_unique<WavReader>(o.input);  // checks the header: refusals come first
   }
+  const int bits = embedded ? in.bits : file->bits();
+  const size_t samples = embedded ? in.size() : file->size();
   const std::string out_path =
       !o.output.empty() ? o.output : (embedded ? "denoised.wav" : stem(o.input) + "-denoised.wav");
   const std::string png_path = stem(out_path) + ".png";
@@ -209,12 +212,28 @@ int run_cli(const Options& o) {
   if (o.png) png = std::make_unique<PendingFile>(png_path);
   if (embedded && !o.write_input.empty()) noisy = std::make_unique<PendingFile>(o.write_input);
 
-  const double seconds = static_cast<double>(in.size()) / kInRate;
+  const double seconds = static_cast<double>(samples) / kInRate;
   Progress progress(!o.quiet && seconds > 5.0, seconds);
   const int columns = png ? 480 : 0;  // no picture, no spectrogram to gather
-  Result r = run(in, Params{}, columns, [&](double f) { progress(f); });
-
-  write_wav(wav, r.out);
+  // A file streams through, one frame at a time: any length fits the device.
+  Stream stream;
+  if (!embedded) {
+    write_wav_header(wav, bits, samples);
+    stream.bits = bits;
+    stream.size = samples;
+    stream.read = [&](int16_t* s16, int32_t* s24, size_t n) { return file->read(s16, s24, n); };
+    stream.write = [&](const int16_t* s16, const int32_t* s24, size_t n) {
+      write_samples(wav, bits, s16, s24, n);
+    };
+  }
+  const auto tick = [&](double f) { progress(f); };
+  const Result r =
+      embedded ? run(in, Params{}, columns, tick) : run(stream, Params{}, columns, tick);
+  if (embedded) {
+    write_wav(wav, r.out);
+  } else {
+    wav.close();
+  }
   if (png) write_png(*png, r.in_spec, r.out_spec, seconds, kRate / 2.0);
   if (noisy) write_wav(*noisy, in);
   wav.commit();
@@ -224,11 +243,11 @@ int run_cli(const Options& o) {
   std::printf("qel-denoise: %s, %.2f s at 48 kHz, %d-bit mono\n",
               embedded ? "embedded test signal (speech-like bursts in noise)"
                        : ("'" + o.input + "'").c_str(),
-              seconds, in.bits);
+              seconds, bits);
   std::printf(
       "  frames processed    %d of 16 ms (512-point FFT at 16 kHz, 50%% overlap),"
       " %d of them flushing the delay\n",
-      r.frames, r.frames - static_cast<int>(in.size() / kHopIn));
+      r.frames, r.frames - static_cast<int>(samples / kHopIn));
   if (embedded) {
     const double snr_in = snr_db(sig.clean, sig.noisy);
     const double snr_out = snr_db(sig.clean, r.out.s16);
@@ -258,8 +277,8 @@ int run_cli(const Options& o) {
   std::printf(
       "  alignment           pipeline delay of %d samples (%.1f ms) removed: output %lld"
       " samples = input %lld\n",  // newlib's printf has no %zu
-      kDelay, 1000.0 * kDelay / kInRate, static_cast<long long>(r.out.size()),
-      static_cast<long long>(in.size()));
+      kDelay, 1000.0 * kDelay / kInRate, static_cast<long long>(r.written),
+      static_cast<long long>(samples));
   std::printf("  non-finite values   %lld\n", r.nonfinite);
   report_cost(o, r.seconds / seconds);
   std::printf("  output              %s\n", out_path.c_str());
