@@ -176,6 +176,11 @@ void Pipeline::track_noise() {
     qel_flt_vec_subtract(&pw, &noise, &tmp2);
     qel_flt_vec_pairwise_scale(&tmp2, &tmp);
     qel_flt_vec_add(&noise, &tmp2, &noise);
+    // Never above noise_ceiling times the smoothed power: a signal that
+    // starts in speech set the first estimate too high, and the presence-
+    // gated update alone would take seconds to forget it.
+    qel_flt_vec_scale2(&sm, p_.noise_ceiling, &tmp2);
+    qel_flt_vec_min(&tmp2, &noise, &noise);
   }
   ++frames_;
   if (frames_ % p_.window_frames == 0) {
@@ -219,16 +224,15 @@ void Pipeline::compute_gain() {
   qel_flt_vec low = bins(gain_, 0, p_.low_cut_bins - 1);
   qel_flt_vec_set(&low, p_.gain_floor);
   if (p_.bypass) qel_flt_vec_set(&gain, 1.0f);
-  qel_flt_vec_dot_product(&gain, &gain, &clean);  // clean power: G^2 |X|^2
-  qel_flt_vec_dot_product(&clean, &pw, &clean);
 }
 
 void Pipeline::spectral() {
-  qel_flt_vec pw = view(pow_), gain = view(gain_);
+  qel_flt_vec pw = view(pow_), gain = view(gain_), clean = view(clean_);
   qel_cpx_vec_power(&spec_, &pw);
   track_noise();
   compute_gain();
   qel_cpx_vec_dot_product_flt(&spec_, &gain, &out_spec_);
+  qel_cpx_vec_power(&out_spec_, &clean);  // the clean power estimate |G X|^2
 }
 
 void Pipeline::synthesize(float* out) {

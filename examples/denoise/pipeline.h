@@ -57,6 +57,7 @@ struct Params {
   float presence_high = 4.0f;       // above, speech; in between, the presence rises linearly
   float presence_smoothing = 0.2f;  // weight of the previous frame's speech presence
   float noise_smoothing = 0.97f;    // noise update weight of the old estimate, speech absent
+  float noise_ceiling = 2.0f;       // noise at most this times the smoothed power
   float noise_overestimate = 1.2f;  // noise power taken times this in the gain
   // Gain: decision-directed a priori SNR, Wiener gain, lower bound by speech presence.
   float dd_alpha = 0.98f;          // decision-directed weight of the previous frame's estimate
