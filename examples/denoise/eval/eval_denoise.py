@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Evaluation of qel-denoise on synthesised speech in noise (scripts/eval_denoise.sh runs it).
+"""Evaluation of qel-denoise on speech in noise (scripts/eval_denoise.sh runs it).
 
-Speech: espeak-ng talkers (several voices, three sentences each) at 48 kHz 16-bit.
+Speech: espeak-ng talkers (several voices, three sentences each) at 48 kHz 16-bit,
+and one recorded talker: the eight spoken channel names that alsa-utils ships
+(a real voice, 48 kHz 16-bit, about 1.4 s each), read one after the other.
 Noise: white, pink, brown and multi-talker babble (six other espeak talkers summed),
 mixed at 5 and 0 dB SNR (speech power over its active frames) with fixed seeds.
 Each noisy file is scored as it is, through the speexdsp preprocessor (default settings,
@@ -44,6 +46,7 @@ BABBLE = [
     ("en-us+m7", "The library closes early on public holidays and Sundays."),
     ("en-gb-scotland+f5", "Add a pinch of salt and stir the soup for a minute."),
 ]
+RECORDED = "/usr/share/sounds/alsa"  # alsa-utils
 NOISES = ["white", "pink", "brown", "babble"]
 SNRS = [5, 0]
 MEASURES = ["snr_db", "segsnr_db", "lsd_db", "stoi"]
@@ -65,13 +68,24 @@ def active_power(x):
     return e[e > e.max() * 1e-4].mean()
 
 
-def talker(voice, sentences, cache):
+def talker(utterances):
     gap = np.zeros(int(0.4 * RATE))
     parts = [np.zeros(int(1.0 * RATE))]
-    for i, s in enumerate(sentences):
-        parts += [speak(voice, s, os.path.join(cache, f"{voice}-{i}.wav")), gap]
+    for u in utterances:
+        parts += [u, gap]
     x = np.concatenate(parts + [np.zeros(int(0.3 * RATE))])
     return x * np.sqrt((0.05 * 32768) ** 2 / active_power(x))  # -26 dBFS while speaking
+
+
+def synthesised(voice, sentences, cache):
+    return talker([speak(voice, s, os.path.join(cache, f"{voice}-{i}.wav"))
+                   for i, s in enumerate(sentences)])
+
+
+def recorded():
+    names = ["Front_Left", "Front_Center", "Front_Right", "Side_Right", "Rear_Right",
+             "Rear_Center", "Rear_Left", "Side_Left"]
+    return talker([read_wav(os.path.join(RECORDED, n + ".wav")) for n in names])
 
 
 def coloured(n, exponent, rng):
@@ -151,15 +165,17 @@ def main():
     cache = os.path.join(a.work, "speech")
     os.makedirs(cache, exist_ok=True)
 
-    babble = sum(np.roll(np.resize(talker(v, [s], cache), 12 * RATE), int(i * 0.83 * RATE))
+    babble = sum(np.roll(np.resize(synthesised(v, [s], cache), 12 * RATE), int(i * 0.83 * RATE))
                  for i, (v, s) in enumerate(BABBLE))
+    talkers = [(voice.split("+")[0], lambda v=voice, s=sentences: synthesised(v, s, cache))
+               for voice, sentences in TALKERS] + [("recorded", recorded)]
     jobs = {}
     with concurrent.futures.ThreadPoolExecutor(a.jobs) as pool:
-        for t, (voice, sentences) in enumerate(TALKERS):
-            clean = talker(voice, sentences, cache)
+        for t, (who, make) in enumerate(talkers):
+            clean = make()
             for kind in NOISES:
                 for snr in SNRS:
-                    name = f"{voice.split('+')[0]}-{kind}-{snr}dB"
+                    name = f"{who}-{kind}-{snr}dB"
                     d = os.path.join(a.work, name)
                     os.makedirs(d, exist_ok=True)
                     rng = np.random.default_rng(1000 * t + 10 * NOISES.index(kind) + snr)
@@ -194,6 +210,8 @@ def main():
         for snr in SNRS:
             group = [row for name, row in rows.items() if name.endswith(f"-{kind}-{snr}dB")]
             print(fmt.format(f"{kind} {snr} dB, mean of {len(group)}", *np.mean(group, axis=0)))
+    group = [row for name, row in rows.items() if name.startswith("recorded-")]
+    print(fmt.format(f"recorded talker, mean of {len(group)}", *np.mean(group, axis=0)))
     mean = np.mean(np.array(list(rows.values())), axis=0)
     print(fmt.format(f"mean of {len(rows)} conditions", *mean))
     print("(dSNR, dSeg: gain in SNR and segmental SNR over the noisy input, dB; LSD: log-spectral"
