@@ -68,9 +68,12 @@ def active_power(x):
     return e[e > e.max() * 1e-4].mean()
 
 
+LEAD = 1.0  # seconds of noise before the first word (--lead)
+
+
 def talker(utterances):
     gap = np.zeros(int(0.4 * RATE))
-    parts = [np.zeros(int(1.0 * RATE))]
+    parts = [np.zeros(int(LEAD * RATE))]
     for u in utterances:
         parts += [u, gap]
     x = np.concatenate(parts + [np.zeros(int(0.3 * RATE))])
@@ -152,12 +155,16 @@ def condition(tools, work, name, clean_path, noisy_path):
 
 
 def main():
+    global LEAD
     ap = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     ap.add_argument("--bin", default="build/host/examples", help="where qel-denoise(-score) are")
     ap.add_argument("--speex", default="build/eval/speex_anchor")
     ap.add_argument("--work", default="build/eval")
     ap.add_argument("--jobs", type=int, default=2)
+    ap.add_argument("--lead", type=float, default=LEAD,
+                    help="seconds of noise alone before the speech (use a fresh --work)")
     a = ap.parse_args()
+    LEAD = a.lead
     tools = {"denoise": os.path.join(a.bin, "qel-denoise"),
              "score": os.path.join(a.bin, "qel-denoise-score"), "speex": a.speex}
     with open(tools["score"], "rb") as f:
