@@ -17,7 +17,9 @@ namespace qel::test {
 namespace {
 
 enum class Kind { kFir, kDecimate, kDecimate16, kInterpolate, kInterpolate16 };
-enum class History { kZero, kJunk, kStuffed };  // stuffed: an interpolator's zeros, signed
+// stuffed: an interpolator's zeros, signed; twos: ±2.0 where those zeros go,
+// whose bits a zero test that drops one bit too many would take for zeros.
+enum class History { kZero, kJunk, kStuffed, kTwos };
 
 struct Config {
   Kind kind;
@@ -77,11 +79,13 @@ void run(Rng& rng, const Config& c) {
   const float level = sixteen(c.kind) ? 30000.0f : 4.0f;
   for (int j = 0; j < c.taps - 1; ++j) {
     const bool sample_slot = (c.taps - 1 - j) % c.factor == 0;
-    if (c.history == History::kZero) want_state[j] = 0.0f;
-    if (c.history == History::kJunk || (c.history == History::kStuffed && sample_slot)) {
+    if (c.history == History::kZero) {
+      want_state[j] = 0.0f;
+    } else if (c.history == History::kJunk || sample_slot) {
       want_state[j] = rng.value(level);
-    } else if (c.history == History::kStuffed) {
-      want_state[j] = rng.below(2) ? 0.0f : -0.0f;
+    } else {
+      const float zero = (c.history == History::kStuffed) ? 0.0f : 2.0f;
+      want_state[j] = rng.below(2) ? zero : -zero;
     }
   }
   std::copy(want_state.data(), want_state.data() + size, got_state.data());
@@ -112,13 +116,14 @@ void run(Rng& rng, const Config& c) { sixteen(c.kind) ? run<int16_t>(rng, c) : r
 
 TEST(FirDiff, EveryFilterMatchesItsReference) {
   randomized(0x5eed0f1bu, [&](Rng& rng) {
-    const History histories[] = {History::kZero, History::kJunk, History::kStuffed};
+    const History histories[] = {History::kZero, History::kJunk, History::kStuffed,
+                                 History::kTwos};
     int round = 0;
     for (int taps = 1; taps <= 70; ++taps) {
       for (Kind kind : {Kind::kFir, Kind::kDecimate, Kind::kDecimate16, Kind::kInterpolate,
                         Kind::kInterpolate16}) {
         ++round;
-        Config c{kind, taps, 1, {}, round % 3 == 0, histories[round % 3], round % 2 == 0};
+        Config c{kind, taps, 1, {}, round % 3 == 0, histories[round % 4], round % 2 == 0};
         if (kind != Kind::kFir) c.factor = 1 + rng.below(8);
         for (int i = 0; i < 4; ++i) c.blocks.push_back(rng.below(interpolating(kind) ? 12 : 30));
         run(rng, c);
