@@ -116,8 +116,7 @@ void run(Rng& rng, const Config& c) { sixteen(c.kind) ? run<int16_t>(rng, c) : r
 
 TEST(FirDiff, EveryFilterMatchesItsReference) {
   randomized(0x5eed0f1bu, [&](Rng& rng) {
-    const History histories[] = {History::kZero, History::kJunk, History::kStuffed,
-                                 History::kTwos};
+    const History histories[] = {History::kZero, History::kJunk, History::kStuffed, History::kTwos};
     int round = 0;
     for (int taps = 1; taps <= 70; ++taps) {
       for (Kind kind : {Kind::kFir, Kind::kDecimate, Kind::kDecimate16, Kind::kInterpolate,
