@@ -36,7 +36,6 @@ const Broken kBroken[] = {
     {"qel_fl_sum", "len >= 0", CALL(qel_fl_sum(g.a, 0, -8))},
     {"qel_flt_vec_add", "A->dim >= 0", CALL(qel_flt_vec_add(&g.neg, &g.vb, &g.vb))},
     {"qel_cpx_vec_power_sum_part", "num >= 0", CALL(qel_cpx_vec_power_sum_part(&g.x, 0, -1))},
-    {"qel_fl_sum", "offset >= 0", CALL(qel_fl_sum(g.a, -1, 2))},
     {"qel_flt_vec_set", "not null", CALL(qel_flt_vec_set(nullptr, 1.0f))},
     {"qel_fl_abs_max", "x is not null", CALL(qel_fl_abs_max(nullptr, 2))},
     {"qel_cpx_vec_max_value", "A has arrays",

@@ -14,6 +14,12 @@ namespace {
 constexpr float k2p24 = 16777216.0f;  // 2^24: adding 1 alone rounds back
 
 float sum(std::vector<float>& x) { return qel_fl_sum(x.data(), 0, static_cast<int>(x.size())); }
+// A start may be negative: it counts from wherever the caller points.
+float sum_back(std::vector<float>& x) {
+  const int n = static_cast<int>(x.size());
+  qel_flt_vec tail{0, x.data() + n};
+  return qel_flt_vec_sum_part(&tail, -n, n);
+}
 float var(std::vector<float>& x) {
   qel_flt_vec A{static_cast<int>(x.size()), x.data()};
   return qel_flt_vec_var(&A);
@@ -33,6 +39,7 @@ const Case kCases[] = {
      16777218.0f},
     {"the remainder joins the sum one at a time", sum, {k2p24, 0, 0, 0, 0, 0, 0, 0, 1, 1}, k2p24},
     {"empty sum is +0", sum, {}, 0.0f},
+    {"a negative start sums back from the pointer", sum_back, {1, 2, 0.5f}, 3.5f},
     {"a group of -0 joins +0", sum, {-0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f, -0.0f}, 0.0f},
     {"variance of 1, 2, 3, 4 is 5/3", var, {1, 2, 3, 4}, 5.0f / 3.0f},
     {"variance of one element is 0", var, {kNaN}, 0.0f},

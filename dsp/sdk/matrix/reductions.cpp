@@ -33,7 +33,6 @@ extern "C" {
 // zeros, 1, 1, six zeros gives 2^24 + 2 where a plain sum gives 2^24.
 qel_float qel_fl_sum(const qel_float* x, int offset, int len) {
   QEL_EXPECT(len >= 0, "len >= 0");
-  QEL_EXPECT(offset >= 0, "offset >= 0");
   QEL_EXPECT(len == 0 || x != nullptr, "x is not null");
   const qel_float* p = x + offset;
   qel_float sum = 0.0f;
@@ -58,7 +57,6 @@ qel_float qel_flt_vec_sum(const qel_flt_vec* A) {
 qel_float qel_flt_vec_sum_part(const qel_flt_vec* A, int start, int num) {
   QEL_EXPECT(A != nullptr, "A is not null");
   QEL_EXPECT(num >= 0, "num >= 0");
-  QEL_EXPECT(start >= 0, "start >= 0");
   QEL_EXPECT(qel::detail::has_arrays(A, num), "A has arrays");
   return qel_fl_sum(A->data, start, num);
 }

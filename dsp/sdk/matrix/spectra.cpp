@@ -530,7 +530,6 @@ qel_float qel_cpx_vec_power_sum(const qel_cpx_vec* A) {
 qel_float qel_cpx_vec_power_sum_part(const qel_cpx_vec* A, int start, int num) {
   QEL_EXPECT(A != nullptr, "A is not null");
   QEL_EXPECT(num >= 0, "num >= 0");
-  QEL_EXPECT(start >= 0, "start >= 0");
   QEL_EXPECT(qel::detail::has_arrays(A, num), "A has arrays");
   return power_sum(A->re + start, A->im + start, num);
 }
