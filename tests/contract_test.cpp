@@ -54,7 +54,7 @@ const Broken kBroken[] = {
      CALL(qel_cpx_vec crossed{4, g.im, g.re}; qel_cpx_vec_dot_product(&g.x, &g.x, &crossed))},
     {"qel_cpx_vec_scale", "the parts of A do not overlap",
      CALL(qel_cpx_vec halves{4, g.re, g.re + 2}; qel_cpx_vec_scale(&halves, 2.0f))},
-    {"qel_cpx_vec_dot_product_flt", "B does not overlap C",
+    {"qel_cpx_vec_dot_product_flt", "B is C's im or does not overlap C",
      CALL(qel_flt_vec gain{4, g.re}; qel_cpx_vec_dot_product_flt(&g.x, &gain, &g.x))},
     {"qel_cpx_vec_power", "re or im",
      CALL(qel_flt_vec at_offset{4, g.re + 1}; qel_cpx_vec_power(&g.x, &at_offset))},

@@ -123,6 +123,14 @@ void measures_over_im(World& w, bool r) {
   BOTH(cpx_vec_power)(&w.X, &over_im);
   BOTH(cpx_vec_abs)(&w.X, &over_im);
 }
+// Outputs that share storage as far as allowed: weights that are the
+// output's im, and both sums of an inner product in one float.
+void shared_outputs(World& w, bool r) {
+  qel_flt_vec gain{w.n, w.ai.data()};
+  qel_cpx_vec x{w.n, w.ar.data(), w.ai.data()};
+  BOTH(cpx_vec_dot_product_flt)(&x, &gain, &x);
+  BOTH(cpx_vec_inner_product)(&w.X, &w.Y, &w.s1, &w.s1);
+}
 // Conversions in place, as far as each allows: 16-bit samples in the upper
 // half of the float output, outputs over their own inputs.
 void pcm_in_place(World& w, bool r) {
@@ -208,6 +216,7 @@ const Row kRows[] = {
     {RET(cpx_vec_power_sum, &w.X)},
     {RET(cpx_vec_power_sum_part, &w.Y, w.k, w.n - w.k)},
     {ROW(cpx_vec_inner_product, &w.X, &w.Y, &w.s1, &w.s2)},
+    {"cpx_vec_dot_product_flt, cpx_vec_inner_product sharing outputs", shared_outputs},
     {ROW(flt_vec_powf, &w.A, &w.C, w.s1), kApart | kOnA},
     // Sums, variance and peak
     {RET(fl_sum, w.ar.data(), w.k, w.n - w.k), kApart, Drive::kNone},

@@ -116,8 +116,7 @@ void qel_flt_vec_set(qel_flt_vec* A, qel_float a) {
 }
 
 void qel_short_vec_set(int16_t* data, int16_t a, int len) {
-  QEL_EXPECT(len >= 0, "len >= 0");
-  QEL_EXPECT(len == 0 || data != nullptr, "data is not null");
+  QEL_EXPECT(len <= 0 || data != nullptr, "data is not null");
   for (int k = 0; k < len; ++k) data[k] = a;
 }
 

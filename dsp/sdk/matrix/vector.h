@@ -151,7 +151,7 @@ void qel_cpx_vec_dot_product(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx
 void qel_cpx_vec_dot_product_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
 /* C += A * conj(B), the product added as one term; count A->dim; C may be A or B. */
 void qel_cpx_vec_dot_product_maddc_conj(const qel_cpx_vec* A, const qel_cpx_vec* B, qel_cpx_vec* C);
-/* C = A * B (real gain per bin), whole re pass then im pass; count C->dim; C may be A. */
+/* C = A * B (real gain per bin), re pass then im pass; count C->dim; C may be A, B not C->re. */
 void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel_cpx_vec* C);
 /* C = A * B; count A->dim; in place: C=A or C=B. */
 void qel_flt_vec_dot_product(const qel_flt_vec* A, const qel_flt_vec* B, qel_flt_vec* C);
