@@ -157,7 +157,7 @@ const Row kRows[] = {
     // Fills, copies
     {ROW(cpx_vec_set, &w.X, w.s1, w.s2), kApart, Drive::kA, true},
     {ROW(flt_vec_set, &w.A, w.s1), kApart, Drive::kA, true},
-    {ROW(short_vec_set, w.sa.data(), static_cast<int16_t>(w.k - 9), w.k), kApart, Drive::kNone},
+    {ROW(short_vec_set, w.sa.data(), static_cast<int16_t>(w.k - 9), w.k - 2), kApart, Drive::kNone},
     {ROW(flt_vec_copy, &w.A, &w.C), kApart | kOnA, Drive::kC, true},
     {ROW(cpx_vec_copy, &w.X, &w.Z), kApart | kOnA, Drive::kC, true},
     {"cpx_vec_copy sharing re", copy_sharing_re, kApart, Drive::kNone, true},
