@@ -339,7 +339,7 @@ void qel_cpx_vec_dot_product_flt(const qel_cpx_vec* A, const qel_flt_vec* B, qel
   QEL_EXPECT(qel::detail::have_arrays(C->dim, A, B, C), "A, B and C have arrays");
   QEL_EXPECT(qel::detail::is_each_or_apart(C->dim, C, A), "C is A or does not overlap it");
   QEL_EXPECT(qel::detail::floats_disjoint(B->data, C->re, C->dim) &&
-                 (B->data == C->im || qel::detail::floats_disjoint(B->data, C->im, C->dim)),
+                 qel::detail::same_or_apart(C->im, B->data, C->dim),
              "B is C's im or does not overlap C");
   const int n = C->dim;
   real_products(A->re, B->data, C->re, n);
