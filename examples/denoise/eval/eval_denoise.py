@@ -92,9 +92,9 @@ def recorded():
 
 
 def coloured(n, exponent, rng):
-    spec = np.fft.rfft(rng.standard_normal(n))
+    spectrum = np.fft.rfft(rng.standard_normal(n))
     f = np.maximum(np.fft.rfftfreq(n, 1.0 / RATE), 20.0)
-    return np.fft.irfft(spec / f ** (exponent / 2.0), n)
+    return np.fft.irfft(spectrum / f ** (exponent / 2.0), n)
 
 
 def noise(kind, n, rng, babble):
